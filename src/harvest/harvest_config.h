@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace toplist {
+
+/// The harvest configuration, "d/tl/vantaig": one value per line. Lines end at a line feed only, so
+/// a carriage return belongs to the value in front of it.
+///
+/// Line 1 is the directory of the thumbnails, with its own trailing "/"; 2 the image tool; 3 text
+/// between the tool's input and output path; 5 the fetch method; 6 "0" to show only trades that
+/// have a thumbnail; 7 a number from 1 to 24 to harvest thumbnails in the run. Line 4 is not used.
+struct HarvestConfig {
+  static constexpr std::size_t kLineCount = 7;
+
+  std::vector<std::string> lines;  ///< At least kLineCount, more when the file has more.
+
+  [[nodiscard]] const std::string& thumb_dir() const { return lines[0]; }
+  [[nodiscard]] bool thumbnails_required() const { return lines[5] == "0"; }
+  [[nodiscard]] bool harvest_enabled() const;
+};
+
+/// Splits the file's text into lines and appends `padding` until there are kLineCount.
+HarvestConfig parse_harvest_config(std::string_view text, std::string_view padding);
+
+}  // namespace toplist

@@ -1,0 +1,129 @@
+#include "render/render.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "run/sys_log.h"
+#include "util/fields.h"
+#include "util/file.h"
+#include "util/text.h"
+
+namespace toplist {
+namespace {
+
+/// The part of a line that is not in the page yet. Values are put in front of it again and again,
+/// so it keeps free room there: no replacement moves the rest of the line.
+class PendingText {
+ public:
+  explicit PendingText(std::string_view text) : buffer_(text) {}
+
+  [[nodiscard]] std::string_view text() const { return std::string_view(buffer_).substr(start_); }
+
+  /// Drops `count` characters, or all that are left.
+  void drop(std::size_t count) { start_ = std::min(start_ + count, buffer_.size()); }
+
+  void put_in_front(std::string_view value) {
+    if (value.size() > start_) make_room(value.size());
+    start_ -= value.size();
+    value.copy(buffer_.data() + start_, value.size());
+  }
+
+ private:
+  void make_room(std::size_t size) {
+    const std::size_t room = std::max(size, buffer_.size());  // doubles: amortised
+    buffer_.insert(0, room, ' ');
+    start_ += room;
+  }
+
+  std::string buffer_;
+  std::size_t start_ = 0;
+};
+
+/// Which lines of a template are kept: those outside of "<tlxt>" blocks.
+class BlockState {
+ public:
+  bool keeps(std::string_view line) {
+    if (contains(line, "</tlxt>")) {
+      inside_ = false;
+      return false;
+    }
+    if (contains(line, "<tlxt>")) inside_ = true;
+    return !inside_;
+  }
+
+ private:
+  bool inside_ = false;
+};
+
+}  // namespace
+
+std::optional<std::size_t> expand_tags(std::string_view line, RankedRows rows, std::int64_t& passes,
+                                       std::string& page) {
+  std::size_t mark = line.find(kTagMark);
+  if (mark == std::string_view::npos) {
+    ++passes;
+    page += line;
+    return std::nullopt;
+  }
+  PendingText pending(line);
+  std::string value;
+  do {
+    const std::string_view text = pending.text();
+    const std::size_t left = text.size() - mark;
+    // Counted from the line's end, which no replacement has touched.
+    if (left < kShortTagLength) return line.size() - left + 1;
+
+    const std::optional<Tag> tag = read_tag(text.substr(mark));
+    if (!tag) {
+      passes = std::max(passes, kPassLimit) + 1;
+      break;
+    }
+    value.clear();
+    const std::size_t replaced = expand_tag(*tag, rows, value);
+    page += text.substr(0, mark);
+    pending.drop(mark + replaced);
+    pending.put_in_front(value);
+    // Nothing in front of the value holds or ends in a mark's half, so the search goes on here.
+    mark = ++passes > kPassLimit ? std::string_view::npos : pending.text().find(kTagMark);
+  } while (mark != std::string_view::npos);
+  page += pending.text();
+  return std::nullopt;
+}
+
+std::optional<StrayMark> render_template(std::string_view text, RankedRows rows,
+                                         std::string& page) {
+  std::int64_t passes = 0;
+  BlockState block;
+  FieldReader lines(text, kLineSeparator);
+  std::string_view line;
+  for (std::size_t number = 1; lines.next(line); ++number) {
+    if (!block.keeps(line)) continue;
+    if (const auto column = expand_tags(line, rows, passes, page)) {
+      return StrayMark{number, *column};
+    }
+    page += '\n';
+  }
+  return std::nullopt;
+}
+
+bool render_toplist(const std::string& template_path, const std::string& output_path,
+                    RankedRows rows) {
+  FileBuffer file;
+  if (!file.read(template_path)) {
+    log_unopened_file(template_path, Severity::run_ends);
+    return false;
+  }
+  std::string page;
+  if (const auto stray = render_template(file.text(), rows, page)) {
+    throw std::out_of_range(template_path + ", line " + std::to_string(stray->line) + ", column " +
+                            std::to_string(stray->column) +
+                            ": \"%%\" with fewer than 11 characters left on its line");
+  }
+  if (!write_file(output_path, page)) {
+    log_unopened_file(output_path, Severity::run_ends);
+    return false;
+  }
+  return true;
+}
+
+}  // namespace toplist

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "render/tag.h"
+
+namespace toplist {
+
+/// How many passes the tags of one template may take. A pass is one replacement, or one look at a
+/// line without a tag.
+inline constexpr std::int64_t kPassLimit = 50000;
+
+/// Expands the tags of one template line and appends the result to `page`.
+///
+/// Each value is scanned again together with what follows it, so a value may bring in tags.
+/// `passes` counts through the whole template. Once it is above kPassLimit, only the first tag of a
+/// line is expanded. A malformed tag leaves the rest of its line as it stands and uses up all
+/// passes that are left: it is found again and again until they run out.
+///
+/// When a "%%" has fewer than kShortTagLength characters from it to the line's end, returns its
+/// column in the template line, counted from 1, and `page` is of no use any more.
+std::optional<std::size_t> expand_tags(std::string_view line, RankedRows rows, std::int64_t& passes,
+                                       std::string& page);
+
+/// A "%%" too close to its line's end; both count from 1.
+struct StrayMark {
+  std::size_t line;
+  std::size_t column;
+};
+
+/// Appends to `page` what the template's text gives: its lines, tags expanded, each ended by a line
+/// feed, without those from a line that contains "<tlxt>" to one that contains "</tlxt>".
+/// Returns where the template is malformed, if it is.
+std::optional<StrayMark> render_template(std::string_view text, RankedRows rows, std::string& page);
+
+/// Renders one toplist. The output file is written in place, and only after the whole template has
+/// been rendered. False, logged, when the template or the output file cannot be opened: then no
+/// further toplist is to be rendered.
+///
+/// Throws std::out_of_range for a "%%" too close to its line's end, naming template, line and
+/// column. That is meant to end the process: such a template must not be published.
+bool render_toplist(const std::string& template_path, const std::string& output_path,
+                    RankedRows rows);
+
+}  // namespace toplist

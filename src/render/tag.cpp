@@ -1,0 +1,134 @@
+#include "render/tag.h"
+
+#include <algorithm>
+#include <array>
+
+#include "util/number.h"
+#include "util/text.h"
+
+namespace toplist {
+namespace {
+
+constexpr std::size_t kShortNameLength = 3;
+constexpr std::size_t kLongNameLength = 5;
+constexpr std::size_t kRankLength = 3;
+constexpr std::string_view kColumnStem = "att";
+constexpr std::int32_t kFirstAttColumn = 3;  ///< "att00" shows this entry of the extra columns.
+
+constexpr std::size_t name_start = kTagMark.size();
+constexpr std::size_t rank_start(std::size_t name_length) { return name_start + name_length + 1; }
+
+/// The first three characters of a statistics name.
+struct Stem {
+  std::string_view text;
+  Counter counter;
+};
+constexpr std::array<Stem, 8> kStems{{
+    {"rin", &PeriodBlock::rin},
+    {"uin", &PeriodBlock::uin},
+    {"out", &PeriodBlock::out},
+    {"clk", &PeriodBlock::clk},
+    {"cef", &PeriodBlock::cef},
+    {"ctt", &PeriodBlock::ctt},
+    {"ctg", &PeriodBlock::ctg},
+    {"rec", &PeriodBlock::rec},
+}};
+
+/// The last two, in the order of TradeRow::periods.
+constexpr std::array<std::string_view, kPeriodCount> kSuffixes{"60", "24", "07", "99"};
+
+/// Entry `index` of the extra columns, or nothing when there is none.
+std::string_view extra_column(const TradeRow& row, std::int64_t index) {
+  if (index < 0 || index >= static_cast<std::int64_t>(row.extra_columns.size())) return {};
+  return row.extra_columns[static_cast<std::size_t>(index)];
+}
+
+using AppendText = void (*)(const TradeRow&, std::string&);
+
+template <std::int64_t index>
+void append_extra_column(const TradeRow& row, std::string& value) {
+  value += extra_column(row, index);
+}
+
+void append_link(const TradeRow& row, std::string& value) {
+  value += "?id=";
+  value += row.id;
+  value += "&u=";
+  value += row.url;
+}
+
+/// The names of short tags.
+struct TextName {
+  std::string_view name;
+  AppendText append;
+};
+constexpr std::array<TextName, 7> kTextNames{{
+    {"tid", [](const TradeRow& row, std::string& value) { value += row.id; }},
+    {"dom", [](const TradeRow& row, std::string& value) { value += row.domain; }},
+    {"url", [](const TradeRow& row, std::string& value) { value += row.url; }},
+    {"lnk", append_link},
+    {"tit", append_extra_column<0>},
+    {"des", append_extra_column<1>},
+    {"img", append_extra_column<2>},
+}};
+
+bool append_statistic(std::string_view name, const TradeRow& row, std::string& value) {
+  if (name.size() != kLongNameLength) return false;
+  const auto stem = std::find_if(kStems.begin(), kStems.end(),
+                                 [name](const Stem& s) { return name.starts_with(s.text); });
+  const auto suffix = std::find(kSuffixes.begin(), kSuffixes.end(), name.substr(3));
+  if (stem == kStems.end() || suffix == kSuffixes.end()) return false;
+  const auto period = static_cast<std::size_t>(suffix - kSuffixes.begin());
+  append_number(value, row.periods[period].*stem->counter);
+  return true;
+}
+
+bool append_text(std::string_view name, const TradeRow& row, std::string& value) {
+  for (const TextName& entry : kTextNames) {
+    if (name != entry.name) continue;
+    entry.append(row, value);
+    return true;
+  }
+  return false;
+}
+
+bool has_mark_at(std::string_view text, std::size_t position) {
+  return text.substr(std::min(position, text.size()), kTagMark.size()) == kTagMark;
+}
+
+}  // namespace
+
+std::optional<Tag> read_tag(std::string_view text) {
+  Tag tag;
+  tag.closes_short = has_mark_at(text, kShortTagLength - kTagMark.size());
+  const bool closes_long = has_mark_at(text, kLongTagLength - kTagMark.size());
+  if (!tag.closes_short && !closes_long) return std::nullopt;
+
+  const std::size_t name_length = closes_long ? kLongNameLength : kShortNameLength;
+  tag.name = text.substr(name_start, name_length);
+  tag.rank = parse_int32(text.substr(rank_start(name_length), kRankLength));
+  if (closes_long && tag.name.starts_with(kColumnStem)) {
+    tag.column = parse_int32(tag.name.substr(kColumnStem.size()));
+  }
+  return tag;
+}
+
+std::size_t expand_tag(const Tag& tag, RankedRows rows, std::string& value) {
+  // A negative rank becomes one that no list reaches.
+  if (static_cast<std::uint32_t>(tag.rank) >= rows.size()) {
+    value += ' ';
+    return tag.name.size() == kLongNameLength ? kLongTagLength : kShortTagLength;
+  }
+  const TradeRow& row = *rows[static_cast<std::size_t>(tag.rank)];
+  if (append_statistic(tag.name, row, value)) return kLongTagLength;
+  if (append_text(tag.name, row, value)) return kShortTagLength;
+  if (tag.name.starts_with(kColumnStem)) {
+    // Also for the short "att", whose column number -1 shows the picture column and which swallows
+    // the two characters behind it. Meant: templates rely on it.
+    value += extra_column(row, static_cast<std::int64_t>(tag.column) + kFirstAttColumn);
+    return kLongTagLength;
+  }
+  return tag.closes_short ? kShortTagLength : kLongTagLength;
+}
+
+}  // namespace toplist

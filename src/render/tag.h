@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "run/trade_row.h"
+
+namespace toplist {
+
+/// A toplist's rows in rank order; rank 0 is the first.
+using RankedRows = std::span<const TradeRow* const>;
+
+/// What opens a tag and closes it.
+inline constexpr std::string_view kTagMark = "%%";
+
+/// "%%" name(3) separator(1) rank(3) "%%", such as %%tid_000%%
+inline constexpr std::size_t kShortTagLength = 11;
+/// "%%" name(5) separator(1) rank(3) "%%", such as %%rin60_004%%
+inline constexpr std::size_t kLongTagLength = 13;
+
+/// One tag as read from a template. The separator may be any character.
+struct Tag {
+  std::string_view name;      ///< 3 or 5 characters.
+  std::int32_t rank = -1;     ///< Counts from 0.
+  std::int32_t column = -1;   ///< Of a long tag "attNN": NN.
+  bool closes_short = false;  ///< "%%" stands where a short tag would end.
+};
+
+/// Reads the tag at the start of `text`, which begins with "%%" and holds at least kShortTagLength
+/// characters. Nothing when it ends neither as a short nor as a long tag: it is malformed.
+///
+/// Where both ends fit, a short tag followed at once by another "%%", it is a long tag, on purpose.
+std::optional<Tag> read_tag(std::string_view text);
+
+/// Appends the tag's value to `value` and returns how many characters of the template it replaces.
+/// Fewer may be left on the line; then all of them are replaced.
+///
+/// A rank that the rows do not reach gives a blank, an unknown name nothing. Values are neither
+/// escaped nor encoded in any way.
+std::size_t expand_tag(const Tag& tag, RankedRows rows, std::string& value);
+
+}  // namespace toplist

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "run/trade_record.h"
+#include "run/trade_row.h"
+
+namespace toplist {
+
+/// One row per active trade, in database order, with its id, domain and url.
+std::vector<TradeRow> build_rows(std::span<const TradeRecord> trades);
+
+/// Attaches the extra display columns of "d/tl/tl.a1" to the rows.
+///
+/// `text` is the file's text: fields separated by "|". A field that holds a line feed is dropped,
+/// and the first such field ends the header line; that line's number of fields less one is n.
+/// Each later line is a group of n fields: a domain and n - 1 column values, which every row of
+/// just that domain takes. Nothing is attached without a line feed or with n below 2; an
+/// incomplete last group is ignored. The rows keep views into `text`.
+void attach_extra_columns(std::string_view text, std::span<TradeRow> rows);
+
+/// Adds a trade's history, "d/h/<domain>.his", to its all-time block.
+///
+/// Records of 30 fields, counted across line breaks: 2 unused, the eight counters in file order,
+/// 20 unused. Sums wrap at 32 bits.
+void add_history(std::string_view text, PeriodBlock& all_time);
+
+/// Stores the recent periods of all trades, "d/t/sum", and computes the percentages.
+///
+/// Records of 44 fields, counted across line breaks: 1 unused, the trade's id, and for each of the
+/// periods 60, 24 and 07 the eight counters in file order, 3 unused, 3 further values. The first
+/// row whose id is the same text takes the record; one of an unknown id is skipped. Percentages,
+/// those of the all-time block included, exist only for rows whose record was read to its end:
+/// for trades that the file knows, on purpose.
+void read_recent_periods(std::string_view text, std::span<TradeRow> rows);
+
+}  // namespace toplist

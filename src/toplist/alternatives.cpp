@@ -1,0 +1,57 @@
+#include "toplist/alternatives.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <ctime>
+#include <string_view>
+
+#include "util/fields.h"
+
+namespace toplist {
+namespace {
+
+constexpr char kAlternativeSeparator = ';';
+
+/// The number that the generator, seeded with the current second, draws first.
+class SecondsDraw {
+ public:
+  std::size_t draw() {
+    const std::time_t now = std::time(nullptr);
+    if (now != second_) {
+      second_ = now;
+      std::srand(static_cast<unsigned>(now));
+      // The generator is to be this one: pages have always taken their picks from it.
+      drawn_ = static_cast<std::size_t>(std::rand());  // NOLINT(concurrency-mt-unsafe)
+    }
+    return drawn_;
+  }
+
+ private:
+  std::time_t second_ = -1;
+  std::size_t drawn_ = 0;
+};
+
+/// Number of pieces; 0 for an empty text.
+std::size_t piece_count(std::string_view text) {
+  if (text.empty()) return 0;
+  const auto separators = std::count(text.begin(), text.end(), kAlternativeSeparator);
+  return static_cast<std::size_t>(separators) + (text.back() == kAlternativeSeparator ? 0 : 1);
+}
+
+}  // namespace
+
+void pick_alternatives(std::span<TradeRow> rows) {
+  SecondsDraw generator;
+  for (TradeRow& row : rows) {
+    for (std::string_view& column : row.extra_columns) {
+      const std::size_t count = piece_count(column);
+      if (count == 0) continue;
+      FieldReader pieces(column, kAlternativeSeparator);
+      pieces.skip(generator.draw() % count);
+      pieces.next(column);
+    }
+  }
+}
+
+}  // namespace toplist

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <span>
+
+#include "run/trade_row.h"
+
+namespace toplist {
+
+/// Replaces each extra column by one of its alternatives, the pieces between its semicolons. A
+/// final semicolon adds no empty piece.
+///
+/// The C library's generator is seeded with the current second for each pick. So all picks of one
+/// second take the same position among lists of equal length, on purpose: the columns of a trade
+/// stay in step.
+void pick_alternatives(std::span<TradeRow> rows);
+
+}  // namespace toplist

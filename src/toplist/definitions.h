@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace toplist {
+
+/// One toplist as "d/tl/tl" defines it.
+struct ToplistDefinition {
+  std::string template_path;  ///< "d/tl/" and the template's file name.
+  std::string output_path;    ///< As it stands: relative to the site's root unless absolute.
+  std::string order_by;       ///< "1" to "60"; never checked, see rowBefore().
+  std::string build_mode;     ///< "1": built while the check value holds; "2": always built.
+  std::string check_value;    ///< The template's digest as of sha1_file_hex().
+};
+
+/// One setting as "d/tl/tl.ext" holds it: views into that file's text.
+struct ToplistSetting {
+  std::string_view template_name;  ///< The template's file name, without "d/tl/".
+  std::string_view key;            ///< What stands before the first "=",
+  std::string_view value;          ///< and all that stands behind it.
+};
+
+/// "d/tl/" and the template's file name.
+std::string path_of_template(std::string_view template_name);
+
+/// Reads the text of "d/tl/tl": fields separated by "|", nine to a toplist, counted across line
+/// breaks. Field 1 is the template, 3 the output path, 4 the order-by value, 5 the build mode, 6
+/// the check value; the others are not used here.
+///
+/// Fields missing from a cut last record are empty. But when that record has a template and no
+/// output path, the result is empty: no toplist is built at all.
+std::vector<ToplistDefinition> parse_definitions(std::string_view text);
+
+/// Reads the text of "d/tl/tl.ext": fields separated by "|", three to a setting, counted across
+/// line breaks: one unused, the template's name, "key=value". Settings without "=" or cut short by
+/// the end of the text are left out.
+std::vector<ToplistSetting> parse_settings(std::string_view text);
+
+/// Whether the definition's build mode, and under "1" its check value, lets it be built.
+bool may_be_built(const ToplistDefinition& definition);
+
+}  // namespace toplist

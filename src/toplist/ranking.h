@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "run/trade_row.h"
+
+namespace toplist {
+
+/// The figure by which an order-by value ranks a row.
+///
+/// Values "1" to "60" are four periods (60, 24, 07, 99) of fifteen kinds: rin, uin, out, clk, cef,
+/// ctg, ctt, the five ratios, the three further values. Any other text ranks by rin24.
+std::int32_t order_figure(const TradeRow& row, std::string_view order_by);
+
+/// Whether row `a` stands before row `b`: the greater figure does, but under "57" (out99 per rin99)
+/// the smaller one. The order-by value is that of `a`.
+///
+/// Ratios are computed from the counters, not taken from the stored percentages, which a trade cut
+/// short in "d/t/sum" does not have.
+bool rowBefore(const TradeRow& a, const TradeRow& b);
+
+/// Ranks the rows: sets their `order_key` and sorts them, starting from the order in which `rows`
+/// lists them, as std::sort with rowBefore() would. The sort is not stable, so the order of equal
+/// rows depends on where it started; pages rely on just this order.
+void rank_rows(std::vector<TradeRow*>& rows, const std::string& order_by);
+
+}  // namespace toplist

@@ -1,0 +1,66 @@
+#include "util/file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace toplist {
+namespace {
+
+constexpr std::size_t kSmallestBufferBytes = 64 * 1024;
+
+}  // namespace
+
+UniqueFd open_for_reading(const std::string& path) {
+  return UniqueFd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+}
+
+std::size_t read_fully(int fd, char* bytes, std::size_t size) {
+  std::size_t done = 0;
+  while (done < size) {
+    const ssize_t count = ::read(fd, bytes + done, size - done);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) break;
+    done += static_cast<std::size_t>(count);
+  }
+  return done;
+}
+
+void write_fully(int fd, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t count = ::write(fd, bytes.data(), bytes.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return;
+    bytes.remove_prefix(static_cast<std::size_t>(count));
+  }
+}
+
+std::size_t regular_file_size(int fd) {
+  struct stat status {};
+  if (::fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) return 0;
+  return static_cast<std::size_t>(status.st_size);
+}
+
+bool write_file(const std::string& path, std::string_view bytes) {
+  const UniqueFd fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+  if (!fd) return false;
+  write_fully(fd.get(), bytes);
+  return true;
+}
+
+bool FileBuffer::read(const std::string& path) {
+  size_ = 0;
+  const UniqueFd fd = open_for_reading(path);
+  if (!fd) return false;
+  if (bytes_.empty()) bytes_.resize(kSmallestBufferBytes);
+  for (;;) {
+    size_ += read_fully(fd.get(), bytes_.data() + size_, bytes_.size() - size_);
+    if (size_ < bytes_.size()) return true;
+    // One byte more than the file holds, so that its end shows without growing once more.
+    bytes_.resize(std::max(regular_file_size(fd.get()) + 1, bytes_.size() + bytes_.size() / 2));
+  }
+}
+
+}  // namespace toplist

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "util/unique_fd.h"
+
+namespace toplist {
+
+/// Opens `path` for reading, close-on-exec. A directory opens too and then reads as an empty file.
+UniqueFd open_for_reading(const std::string& path);
+
+/// Reads until `size` bytes have come, the file ends or a read fails; returns how many came.
+std::size_t read_fully(int fd, char* bytes, std::size_t size);
+
+/// Writes all of `bytes`; a failure ends it silently, as nobody would be there to be told.
+void write_fully(int fd, std::string_view bytes);
+
+/// Size in bytes of the open regular file; 0 for anything else, as a directory reports an absurd
+/// one.
+std::size_t regular_file_size(int fd);
+
+/// Creates or truncates `path` (mode 0666 less the umask) and writes `bytes` in place.
+/// False when it cannot be opened; write errors are not reported.
+bool write_file(const std::string& path, std::string_view bytes);
+
+/// The bytes of one file at a time, read whole into a buffer that the next read() reuses.
+class FileBuffer {
+ public:
+  /// Replaces the text by the file's contents. A read failure counts as the end of the file.
+  /// False, with an empty text, when the file cannot be opened.
+  bool read(const std::string& path);
+
+  /// Valid until the next read() and while this object lives, also after it has been moved.
+  [[nodiscard]] std::string_view text() const noexcept { return {bytes_.data(), size_}; }
+
+ private:
+  std::vector<char> bytes_;  ///< Grows only: reading thousands of small files costs one allocation.
+  std::size_t size_ = 0;
+};
+
+}  // namespace toplist

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace toplist {
+
+/// Replaces every occurrence of `from`, which must not be empty, scanning on behind each
+/// replacement: what `to` brings in is not replaced again.
+void replace_all(std::string& text, std::string_view from, std::string_view to);
+
+/// Appends the number as plain signed decimal text.
+void append_number(std::string& text, std::int32_t number);
+
+constexpr bool contains(std::string_view text, std::string_view part) noexcept {
+  return text.find(part) != std::string_view::npos;
+}
+
+}  // namespace toplist
