@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstring>
 
 #include "run/run_driver.h"
@@ -15,6 +16,12 @@ void open_standard_descriptors() {
   if (fd > STDERR_FILENO) ::close(fd);
 }
 
+/// Keeps a reader that went away from standard output from ending the run. A handler, unlike an
+/// ignored signal, is not inherited by the commands that the harvest runs.
+void survive_broken_pipes() {
+  std::signal(SIGPIPE, [](int) {});
+}
+
 }  // namespace
 
 /// The one argument is "run"; anything else does nothing. The status is 0, whatever failed:
@@ -22,6 +29,7 @@ void open_standard_descriptors() {
 int main(int argc, char** argv) {
   if (argc != 2 || std::strcmp(argv[1], "run") != 0) return 0;
   open_standard_descriptors();
+  survive_broken_pipes();
   toplist::run_driver();
   return 0;
 }

@@ -6,11 +6,14 @@
 
 namespace toplist {
 
+inline constexpr const char* kHarvestConfigPath = "d/tl/vantaig";
+
 /// The harvest configuration, "d/tl/vantaig": one value per line. Lines end at a line feed only, so
 /// a carriage return belongs to the value in front of it.
 ///
 /// Line 1 is the directory of the thumbnails, with its own trailing "/"; 2 the image tool; 3 text
-/// between the tool's input and output path; 5 the fetch method; 6 "0" to show only trades that
+/// between the tool's input and output path; 5 the fetch method ("0" the built-in client, "1" wget,
+/// "2" fetch, "3" curl; with any other text nothing is fetched); 6 "0" to show only trades that
 /// have a thumbnail; 7 a number from 1 to 24 to harvest thumbnails in the run. Line 4 is not used.
 struct HarvestConfig {
   static constexpr std::size_t kLineCount = 7;
@@ -18,6 +21,9 @@ struct HarvestConfig {
   std::vector<std::string> lines;  ///< At least kLineCount, more when the file has more.
 
   [[nodiscard]] const std::string& thumb_dir() const { return lines[0]; }
+  [[nodiscard]] const std::string& image_tool() const { return lines[1]; }
+  [[nodiscard]] const std::string& image_tool_args() const { return lines[2]; }
+  [[nodiscard]] const std::string& fetch_method() const { return lines[4]; }
   [[nodiscard]] bool thumbnails_required() const { return lines[5] == "0"; }
   [[nodiscard]] bool harvest_enabled() const;
 };

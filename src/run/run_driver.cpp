@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "harvest/harvest.h"
 #include "harvest/harvest_config.h"
 #include "run/statistics.h"
 #include "run/sys_log.h"
@@ -16,7 +17,6 @@ namespace toplist {
 namespace {
 
 constexpr const char* kTradesPath = "d/t/index";
-constexpr const char* kHarvestConfigPath = "d/tl/vantaig";
 constexpr const char* kExtraColumnsPath = "d/tl/tl.a1";
 constexpr const char* kSumPath = "d/t/sum";
 
@@ -79,6 +79,7 @@ void run_driver() {
   FileBuffer config_file;
   if (!read_required(kHarvestConfigPath, config_file)) return;
   const HarvestConfig config = parse_harvest_config(config_file.text(), "0");
+  if (config.harvest_enabled()) harvest_thumbnails(trades);
 
   FileBuffer extra_columns;
   std::vector<TradeRow> rows;

@@ -1,5 +1,6 @@
 #include "util/text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstddef>
@@ -7,16 +8,32 @@
 namespace toplist {
 
 void replace_all(std::string& text, std::string_view from, std::string_view to) {
-  for (std::size_t at = text.find(from); at != std::string::npos;
-       at = text.find(from, at + to.size())) {
-    text.replace(at, from.size(), to);
+  std::size_t at = text.find(from);
+  if (at == std::string::npos) return;
+  std::string result;
+  std::size_t copied = 0;
+  for (; at != std::string::npos; at = text.find(from, copied)) {
+    result.append(text, copied, at - copied).append(to);
+    copied = at + from.size();
   }
+  text = result.append(text, copied);
 }
 
 void append_number(std::string& text, std::int32_t number) {
   std::array<char, 11> digits{};  // "-2147483648"
   const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number);
   text.append(digits.data(), result.ptr);
+}
+
+void lower_case(std::string& text) {
+  for (char& c : text) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+}
+
+bool has_control_character(std::string_view text) {
+  return std::any_of(text.begin(), text.end(),
+                     [](char c) { return static_cast<unsigned char>(c) < 32 || c == 127; });
 }
 
 }  // namespace toplist

@@ -13,6 +13,12 @@ void replace_all(std::string& text, std::string_view from, std::string_view to);
 /// Appends the number as plain signed decimal text.
 void append_number(std::string& text, std::int32_t number);
 
+/// Lower-cases each byte as the C library's tolower does in the "C" locale: A to Z only.
+void lower_case(std::string& text);
+
+/// Whether a byte below 32, or 127, is in the text.
+bool has_control_character(std::string_view text);
+
 constexpr bool contains(std::string_view text, std::string_view part) noexcept {
   return text.find(part) != std::string_view::npos;
 }

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+
+#include "run/trade_record.h"
+
+namespace toplist {
+
+/// The first eleven trades of the database are never visited, on purpose.
+inline constexpr std::size_t kFirstHarvestedTrade = 11;
+inline constexpr std::size_t kHarvestThreads = 8;
+
+/// What a harvester thread runs; its argument is the `TradeRecord`, which it only reads.
+using HarvestThread = void* (*)(void* trade);
+
+/// Visits every trade from kFirstHarvestedTrade on, whatever its status, with a thread each. The
+/// threads run in groups of kHarvestThreads; the next group starts when all of a group have ended.
+/// A thread that cannot be started is ignored.
+void harvest_thumbnails(std::span<TradeRecord> trades, HarvestThread thread);
+
+/// The same with harvest_worker().
+void harvest_thumbnails(std::span<TradeRecord> trades);
+
+}  // namespace toplist

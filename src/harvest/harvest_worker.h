@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "harvest/harvest_config.h"
+#include "run/trade_record.h"
+
+namespace toplist {
+
+/// Thread entry: harvests the thumbnail of one trade, a `TradeRecord*` that is only read, and ends
+/// the thread. Reads the configuration "d/tl/vantaig" afresh.
+void* harvest_worker(void* trade);
+
+/// Visits the trade's page and stores the first acceptable picture that one of its own links wraps
+/// as "<thumb_dir><domain>.jpg", then runs the image tool. Leaves nothing behind but files and log
+/// lines; finding nothing is no failure.
+void harvest_trade(const TradeRecord& trade);
+
+/// Whether a picture address is worth a fetch: above 10 bytes, none of "logo", "home" and "book"
+/// anywhere in it, and at least five digits.
+bool is_candidate(std::string_view address);
+
+/// Whether a fetched response is taken for a picture: 2048 bytes at least, head included, and no
+/// HTML page.
+bool is_picture(std::string_view response);
+
+/// The shell command line that runs the image tool on a stored thumbnail.
+///
+/// Its input path is named by the page's host, its output path by the trade's domain. Meant so: the
+/// two coincide where the trade's page is on its own domain.
+std::string image_tool_command(const HarvestConfig& config, std::string_view url_host,
+                               std::string_view domain);
+
+}  // namespace toplist
