@@ -17,14 +17,6 @@ void* harvest_worker(void* trade);
 /// lines; finding nothing is no failure.
 void harvest_trade(const TradeRecord& trade);
 
-/// Whether a picture address is worth a fetch: above 10 bytes, none of "logo", "home" and "book"
-/// anywhere in it, and at least five digits.
-bool is_candidate(std::string_view address);
-
-/// Whether a fetched response is taken for a picture: 2048 bytes at least, head included, and no
-/// HTML page.
-bool is_picture(std::string_view response);
-
 /// The shell command line that runs the image tool on a stored thumbnail.
 ///
 /// Its input path is named by the page's host, its output path by the trade's domain. Meant so: the

@@ -67,6 +67,10 @@ bool build_statistics(std::span<const TradeRecord> trades, FileBuffer& extra_col
   FileBuffer sum;
   if (!read_required(kSumPath, sum)) return false;
   read_recent_periods(sum.text(), rows);
+  if (rows.empty()) {  // no row goes away meanwhile: the last guard before pages are written
+    log_content_error("no toplist entries found", Severity::run_ends);
+    return false;
+  }
   return true;
 }
 
