@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,9 +10,9 @@ namespace toplist {
 
 /// A list of texts that is searched from a given entry on, entry by entry, for an equal text.
 ///
-/// A search reads a dense column of 16-bit hashes, which the compiler turns into vector code, and
-/// looks at a text only where its hash agrees. So a linear search among 100,000 texts costs some
-/// microseconds without an index to build or keep.
+/// A search reads a dense column of 32-bit hashes with vector instructions and looks at a text only
+/// where its hash agrees. So a linear search among 100,000 texts costs some microseconds, without
+/// an index to build or keep.
 class TextColumn {
  public:
   void reserve(std::size_t count);
@@ -28,7 +27,7 @@ class TextColumn {
 
  private:
   std::vector<std::string> texts_;
-  std::vector<std::uint16_t> hashes_;  ///< hashes_[i] is that of texts_[i].
+  std::wstring hashes_;  ///< hashes_[i] is that of texts_[i]; wchar_t has 32 bits on Linux.
 };
 
 }  // namespace toplist
