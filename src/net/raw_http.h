@@ -14,7 +14,7 @@ inline constexpr int kConnectTimeoutSeconds = 2;
 inline constexpr int kFirstByteTimeoutSeconds = 2;
 
 /// Reading stops when the response has reached this size...
-inline constexpr std::size_t kReceiveLimitBytes = 10 * 1024 * 1024;
+inline constexpr std::size_t kReceiveLimitBytes = 10UL * 1024 * 1024;
 /// ...and a response above this one is refused.
 inline constexpr std::size_t kResponseLimitBytes = kReceiveLimitBytes - 1024;
 

@@ -15,13 +15,6 @@ namespace {
 
 constexpr std::int32_t kActive = 1;
 
-/// The counters as the site's files hold them: "cef" comes seventh, although it is fifth in a
-/// block.
-constexpr std::array<Counter, 8> kFileOrder{
-    &PeriodBlock::rin, &PeriodBlock::uin, &PeriodBlock::out, &PeriodBlock::clk,
-    &PeriodBlock::ctt, &PeriodBlock::ctg, &PeriodBlock::cef, &PeriodBlock::rec,
-};
-
 constexpr std::size_t kHistoryFieldsBeforeCounters = 2;
 constexpr std::size_t kHistoryFieldsAfterCounters = 20;
 constexpr std::size_t kSumFieldsBeforeFurther = 3;

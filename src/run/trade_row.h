@@ -24,6 +24,13 @@ static_assert(sizeof(PeriodBlock) == 16 * sizeof(std::int32_t));
 
 using Counter = std::int32_t PeriodBlock::*;
 
+/// The counters as the site's text files hold them: "cef" comes seventh there, although it is fifth
+/// in a block.
+inline constexpr std::array<Counter, 8> kFileOrder{
+    &PeriodBlock::rin, &PeriodBlock::uin, &PeriodBlock::out, &PeriodBlock::clk,
+    &PeriodBlock::ctt, &PeriodBlock::ctg, &PeriodBlock::cef, &PeriodBlock::rec,
+};
+
 /// A percentage: so many `numerator` per hundred `denominator`.
 struct Ratio {
   Counter numerator;

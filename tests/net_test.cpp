@@ -1,0 +1,409 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "net/downloader.h"
+#include "net/raw_http.h"
+#include "support/loopback_server.h"
+#include "support/temp_dir.h"
+#include "util/shell.h"
+
+namespace toplist {
+namespace {
+
+using test::Answer;
+using test::LoopbackServer;
+using How = Answer::How;
+
+constexpr const char* kTimeoutNote = "<font color=red>recv() timeout</font><br>";
+constexpr const char* kTooLargeNote =
+    "<font color=red>recv() in possible loop, aborting</font><br>";
+
+struct Fetched {
+  std::string response;
+  std::string out;  ///< what went to standard output
+};
+
+Fetched fetch(const std::string& host, const std::string& url, std::uint16_t port) {
+  testing::internal::CaptureStdout();
+  std::string response = fetch_raw_http(host, url, port);
+  return {std::move(response), testing::internal::GetCapturedStdout()};
+}
+
+std::unique_ptr<LoopbackServer> serve(LoopbackServer::Handler handler) {
+  return std::make_unique<LoopbackServer>(test::loopback_addresses(1), std::uint16_t{0},
+                                          std::move(handler));
+}
+
+std::unique_ptr<LoopbackServer> serve(Answer answer) {
+  return serve([answer = std::move(answer)](const std::string&) { return answer; });
+}
+
+Fetched fetch_from(const LoopbackServer& server, const std::string& path = "/") {
+  return fetch(server.address(), "http://" + server.address() + path, server.port());
+}
+
+std::set<int> open_descriptors() {
+  std::set<int> open;
+  for (int fd = 0; fd < 2 * FD_SETSIZE; ++fd) {
+    if (::fcntl(fd, F_GETFD) >= 0) open.insert(fd);
+  }
+  return open;
+}
+
+TEST(RawHttp, RequestsAreBuiltByteForByte) {
+  const struct {
+    const char* host;
+    const char* url;
+    const char* path;
+  } cases[] = {
+      {"h.example", "http://h.example", "/"},
+      {"h.example", "http://h.example/", "/"},
+      {"h.example", "http://www.h.example/a/b.html?c=d#e", "/a/b.html?c=d#e"},
+      {"h.example", "h.example?q", "/?q"},
+      {"127.0.0.9", "http://127.0.0.9/x", "/x"},
+      {"a", "http://a.example/a", "/.example/a"},  // only the first occurrence counts
+      {"t", "http://t/", "/tp://t/"},              // wherever it is
+      {"h.example:8080", "http://h.example:8080/x y", "/x y"},
+  };
+  for (const auto& c : cases) {
+    const std::string expected = std::string("GET ") + c.path + " HTTP/1.0\nHost: www." + c.host +
+                                 "\nUser-Agent: Mozilla/5.0 (VantaCore Harvest)\n"
+                                 "Keep-Alive: 300\nConnection: keep-alive\r\n\r\n";
+    EXPECT_EQ(raw_http_request(c.host, c.url), expected) << c.url;
+  }
+}
+
+TEST(RawHttp, SendsTheWholeRequestAndReturnsTheWholeResponse) {
+  const std::string bytes("HTTP/1.0 200 OK\r\nA: b\r\n\r\nbody\0\xff\r\n\r\nend", 38);
+  const auto server = serve({How::send, bytes});
+  for (const std::string& path : {std::string("/page"), "/" + std::string(3000, 'x')}) {
+    const Fetched fetched = fetch_from(*server, path);
+    EXPECT_EQ(fetched.response, bytes);
+    EXPECT_EQ(fetched.out, "");
+    EXPECT_EQ(server->requests().back().text,
+              raw_http_request(server->address(), "http://" + server->address() + path));
+  }
+}
+
+/// Too long a name to be asked for, so the look-up fails without any name server.
+const std::string kUnknownHost = std::string(70, 'x') + ".invalid";
+
+TEST(RawHttp, LooksNamesUp) {
+  const LoopbackServer server({"127.0.0.1"}, 0, [](const std::string&) {
+    return Answer{How::send, "found"};
+  });
+  EXPECT_EQ(fetch("localhost", "http://localhost/", server.port()).response, "found");
+  const Fetched failed = fetch(kUnknownHost, "http://" + kUnknownHost + "/", server.port());
+  EXPECT_EQ(failed.response, "-1");
+  EXPECT_EQ(failed.out, "");
+}
+
+TEST(RawHttp, RefusedConnectionsPrintNothing) {
+  std::uint16_t port = 0;
+  const std::string host = test::loopback_addresses(1)[0];
+  const UniqueFd unheard = test::bind_socket(host, port);
+  const Fetched fetched = fetch(host, "http://" + host + "/", port);
+  EXPECT_EQ(fetched.response, "-1");
+  EXPECT_EQ(fetched.out, "");
+}
+
+TEST(RawHttp, ConnectionsThatAreNotTakenUpTimeOutAndPrintNothing) {
+  std::uint16_t port = 0;
+  const std::string host = test::loopback_addresses(1)[0];
+  const UniqueFd full = test::bind_socket(host, port);
+  ASSERT_EQ(::listen(full.get(), 0), 0);
+  const std::string url = "http://" + host + "/";
+  // The first one fills the queue: it is connected, and gets no answer.
+  std::thread first([&] { fetch_raw_http(host, url, port); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(fetch_raw_http(host, url, port), "-1");
+  first.join();
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), kTimeoutNote);  // the first one's alone
+}
+
+TEST(RawHttp, SilenceTimesOutWithANote) {
+  const auto server = serve({How::silence});
+  const auto start = std::chrono::steady_clock::now();
+  const Fetched fetched = fetch_from(*server);
+  EXPECT_EQ(fetched.response, "-1");
+  EXPECT_EQ(fetched.out, kTimeoutNote);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1900));
+}
+
+TEST(RawHttp, AResetEndsTheResponseLikeItsEnd) {
+  for (const char* bytes : {"", "HTTP/1.0 200 OK\r\n\r\npart"}) {
+    const auto server = serve({How::reset, bytes});
+    const Fetched fetched = fetch_from(*server);
+    EXPECT_EQ(std::string(bytes).find(fetched.response), 0U);
+    EXPECT_EQ(fetched.out, "");
+  }
+}
+
+/// Interrupts a thread with signals for as long as it lives.
+class Interrupter {
+ public:
+  explicit Interrupter(pthread_t target) {
+    struct sigaction action {};
+    action.sa_handler = [](int) {};  // without SA_RESTART: calls are cut short
+    ::sigaction(SIGUSR1, &action, &former_);
+    thread_ = std::thread([this, target] {
+      while (!done_) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        ::pthread_kill(target, SIGUSR1);
+      }
+    });
+  }
+  ~Interrupter() {
+    done_ = true;
+    thread_.join();
+    ::sigaction(SIGUSR1, &former_, nullptr);
+  }
+  Interrupter(const Interrupter&) = delete;
+  Interrupter& operator=(const Interrupter&) = delete;
+
+ private:
+  struct sigaction former_ {};
+  std::atomic<bool> done_ = false;
+  std::thread thread_;
+};
+
+TEST(RawHttp, SlowResponsesArriveWholeAcrossInterruptions) {
+  const auto server = serve({How::trickle, "slowly but whole"});
+  const Interrupter interrupter(::pthread_self());
+  EXPECT_EQ(fetch_from(*server).response, "slowly but whole");
+}
+
+TEST(RawHttp, ResponsesAboveTheLimitAreRefusedAndTheirSocketStaysOpen) {
+  constexpr std::size_t kMiB10 = 10485760;
+  const struct {
+    std::size_t size;
+    bool taken;
+  } cases[] = {
+      {2047, true},      {2048, true},    {10484735, true},         {10484736, true},
+      {10484737, false}, {kMiB10, false}, {kMiB10 + 300000, false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.size);
+    const std::set<int> before = open_descriptors();
+    {
+      std::string bytes(c.size, 'x');
+      bytes.back() = 'e';
+      const auto server = serve({How::send, bytes});
+      const Fetched fetched = fetch_from(*server);
+      EXPECT_TRUE(fetched.response == (c.taken ? bytes : "-1")) << fetched.response.size();
+      EXPECT_EQ(fetched.out, c.taken ? "" : kTooLargeNote);
+    }
+    std::set<int> left = open_descriptors();
+    for (const int fd : before) left.erase(fd);
+    EXPECT_EQ(left.size(), c.taken ? 0U : 1U);
+    for (const int fd : left) {
+      EXPECT_EQ(::fcntl(fd, F_GETFD), FD_CLOEXEC) << "children must not inherit it";
+      ::close(fd);
+    }
+  }
+}
+
+TEST(RawHttp, FailuresLeaveNoSocketOpen) {
+  const std::set<int> before = open_descriptors();
+  std::uint16_t port = 0;
+  {
+    const std::string host = test::loopback_addresses(1)[0];
+    const UniqueFd unheard = test::bind_socket(host, port);
+    EXPECT_EQ(fetch_raw_http(host, "http://" + host, port), "-1");
+    EXPECT_EQ(fetch_raw_http(kUnknownHost, "http://" + kUnknownHost, port), "-1");
+    const auto server = serve({How::silence});
+    EXPECT_EQ(fetch_from(*server).response, "-1");
+  }
+  EXPECT_EQ(open_descriptors(), before);
+}
+
+TEST(RawHttp, DescriptorsBeyondTheReachOfSelectAreRefused) {
+  rlimit former{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &former), 0);
+  rlimit raised = former;
+  raised.rlim_cur = FD_SETSIZE + 64;
+  if (::setrlimit(RLIMIT_NOFILE, &raised) != 0) GTEST_SKIP() << "no more descriptors allowed";
+  {
+    const auto server = serve({How::send, "answer"});
+    std::vector<UniqueFd> filling;
+    do {
+      filling.emplace_back(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    } while (filling.back() && filling.back().get() < FD_SETSIZE);
+    EXPECT_EQ(fetch_raw_http(server->address(), "http://" + server->address(), server->port()),
+              "-1");
+    filling.clear();
+    EXPECT_EQ(fetch_from(*server).response, "answer");
+  }
+  ::setrlimit(RLIMIT_NOFILE, &former);
+}
+
+TEST(RawHttp, ManyThreadsFetchAtOnce) {
+  const auto server = serve([](const std::string& url) { return Answer{How::send, url}; });
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 8; ++i) {
+    threads.emplace_back([&server, path = "/" + std::to_string(i)] {
+      const std::string url = "http://" + server->address() + path;
+      EXPECT_EQ(fetch_raw_http(server->address(), url, server->port()),
+                "http://" + server->host() + path);
+      EXPECT_EQ(fetch_raw_http(kUnknownHost, "http://" + kUnknownHost, server->port()), "-1");
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+// Downloaders
+
+using Fetcher = std::string (*)(const std::string& temp_path, const std::string& url);
+
+const struct Tool {
+  const char* name;
+  const char* prefix;
+  const Downloader& downloader;
+  Fetcher fetch;
+} kTools[] = {
+    {"curl", "curl -S --connect-timeout 3 -o ", kCurl, fetch_with_curl},
+    {"fetch", "fetch -q -T3 -o ", kFetch, fetch_with_fetch},
+    {"wget", "wget -q -T3 -t1 -O ", kWget, fetch_with_wget},
+};
+
+/// The words that the shell makes out of a command line, each between angle brackets.
+std::string words_of(const std::string& command) {
+  const std::string line = "printf '<%s>' " + command;
+  FILE* const pipe = ::popen(line.c_str(), "re");
+  if (pipe == nullptr) return "(no shell)";
+  std::string words;
+  for (int c = 0; (c = std::fgetc(pipe)) != EOF;) words += static_cast<char>(c);
+  ::pclose(pipe);
+  return words;
+}
+
+TEST(Shell, WordsStayTheTextTheyWere) {
+  const struct {
+    const char* text;
+    const char* word;
+  } cases[] = {
+      {"l/sys/net/h.example:80_a-b", "l/sys/net/h.example:80_a-b"},
+      {"a b", "'a b'"},
+      {"$(x)`x`;x&x|x>x", "'$(x)`x`;x&x|x>x'"},
+      {"*?~", "'*?~'"},
+      {"a\nb", "'a\nb'"},
+      {"b\xc3\xbc", "'b\xc3\xbc'"},
+      {"back\\slash\"", "'back\\slash\"'"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(shell_word(c.text), c.word);
+  // How a single quote is written is open; what counts is what arrives.
+  for (const char* text : {"'", "a'b", "';x;'", "''''", "\\'"}) {
+    EXPECT_EQ(words_of(shell_word(text)), "<" + std::string(text) + ">");
+  }
+}
+
+TEST(Downloader, OrdinaryCommandsAreByteForByteTheDocumentedOnes) {
+  const std::string path = "l/sys/net/www-1.h_x.example:8080.jpg";
+  const std::string url = "http://h.example/a_b~c/d.php?e=f&g=%20;(h)'!#*,@+i";
+  for (const Tool& tool : kTools) {
+    EXPECT_EQ(download_command(tool.downloader, path, url),
+              tool.prefix + path + " \"" + url + "\"");
+  }
+}
+
+TEST(Downloader, HostileAddressesAndHostsReachTheToolAsTheyAre) {
+  const std::string texts[] = {
+      "$(touch x)", "`touch x`", ";touch x",    "\";touch x;\"", "';touch x;'", "$HOME $1",  "\\",
+      "\\\"",       "\\\\$(id)", "a && b || c", "> x < y",       "\\`id\\`",    "!! *? ~ #",
+  };
+  for (const Tool& tool : kTools) {
+    std::string prefix = "<";
+    for (const char* c = tool.prefix; *c != '\0'; ++c)
+      prefix += *c == ' ' ? "><" : std::string(1, *c);
+    for (const std::string& text : texts) {
+      EXPECT_EQ(words_of(download_command(tool.downloader, "net/" + text, "http://h/" + text)),
+                prefix + "net/" + text + "><http://h/" + text + ">");
+    }
+  }
+}
+
+TEST(Downloader, OnlyCurlGetsItsBracketsEscaped) {
+  const std::string url = "http://h/[1-3]{a,b}";
+  EXPECT_EQ(download_command(kCurl, "t", url),
+            "curl -S --connect-timeout 3 -o t \"http://h/\\[1-3\\]\\{a,b\\}\"");
+  EXPECT_EQ(download_command(kFetch, "t", url), "fetch -q -T3 -o t \"" + url + "\"");
+  EXPECT_EQ(download_command(kWget, "t", url), "wget -q -T3 -t1 -O t \"" + url + "\"");
+}
+
+TEST(Fetchers, RefuseControlCharactersAndOptions) {
+  const auto server = serve({How::send, "answer"});
+  const test::TempDir directory;
+  const std::string url = "http://" + server->host() + "/x";
+  for (const char c : {'\0', '\1', '\t', '\n', '\r', '\x1f', '\x7f'}) {
+    EXPECT_EQ(fetch_raw_http(server->address(), url + c + "y", server->port()), "-1");
+  }
+  // What lies at the temporary path is read back unless the address is refused.
+  const std::string left = directory.write("left", "left behind");
+  for (const Tool& tool : kTools) {
+    for (const char c : {'\0', '\1', '\t', '\n', '\r', '\x1f', '\x7f'}) {
+      EXPECT_EQ(tool.fetch(left, url + c + "y"), "") << tool.name;
+    }
+    EXPECT_EQ(tool.fetch(left, "-K" + left), "") << tool.name;
+  }
+  EXPECT_TRUE(server->requests().empty());
+}
+
+TEST(Downloader, ReturnsTheFileWithItsLastLineEnded) {
+  const std::string bodies[] = {
+      "abc", "abc\n", "a\n\nb\n\n", "\n", "", "crlf\r\nx\r", std::string("nul\0\xff", 5)};
+  const auto server = serve([&bodies](const std::string& url) {
+    const std::string body = url.ends_with("none") ? "" : bodies[url.back() - '0'];
+    return Answer{How::send, "HTTP/1.0 200 OK\r\nContent-Length: " + std::to_string(body.size()) +
+                                 "\r\n\r\n" + body};
+  });
+  const test::TempDir directory;
+  for (const Tool& tool : {kTools[0], kTools[2]}) {
+    if (std::system(("command -v " + std::string(tool.name) + " >/dev/null").c_str()) != 0) {
+      GTEST_SKIP() << tool.name << " is not installed";
+    }
+    for (std::size_t i = 0; i < std::size(bodies); ++i) {
+      const std::string text = tool.fetch(directory.path() + "/te'mp $x",
+                                          "http://" + server->host() + "/" + std::to_string(i));
+      const bool ended = bodies[i].empty() || bodies[i].back() == '\n';
+      EXPECT_EQ(text, bodies[i] + (ended ? "" : "\n")) << tool.name << " " << i;
+      EXPECT_TRUE(std::filesystem::is_empty(directory.path()));
+    }
+  }
+}
+
+TEST(Downloader, CurlFetchesBracketsAsOneAddress) {
+  if (std::system("command -v curl >/dev/null") != 0) GTEST_SKIP() << "curl is not installed";
+  const auto server = serve({How::send, "HTTP/1.0 200 OK\r\n\r\none\n"});
+  const test::TempDir directory;
+  const std::string url = "http://" + server->host() + "/[1-3]{a,b}$(x)";
+  EXPECT_EQ(fetch_with_curl(directory.path() + "/t", url), "one\n");
+  ASSERT_EQ(server->requests().size(), 1U);
+  EXPECT_EQ(server->requests()[0].url, url);
+}
+
+TEST(Downloader, NeverRemovesADirectory) {
+  const test::TempDir directory;
+  std::filesystem::create_directory(directory.path() + "/taken");
+  for (const Tool& tool : kTools) {
+    EXPECT_EQ(tool.fetch(directory.path() + "/taken", "http://127.0.0.1:1/"), "");
+    EXPECT_TRUE(std::filesystem::is_directory(directory.path() + "/taken")) << tool.name;
+  }
+}
+
+}  // namespace
+}  // namespace toplist

@@ -1,0 +1,157 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "run/sys_log.h"
+#include "run/trade_record.h"
+#include "run/trade_row.h"
+#include "support/temp_dir.h"
+
+namespace toplist {
+namespace {
+
+using test::TempDir;
+
+TEST(Percentage, IsTheTruncatedHundredfoldOfTheQuotient) {
+  const struct {
+    std::int32_t x, y, percent;
+  } cases[] = {
+      {50, 200, 25},
+      {1, 3, 33},
+      {2, 3, 66},
+      {-1, 3, -33},
+      {1, -3, -33},
+      {-2, -3, 66},
+      {339, 1000, 33},
+      {-999, 1000, -99},
+      {-1, 1000, 0},
+      {0, 7, 0},
+      {7, 0, 0},
+      {0, 0, 0},
+      {-7, 0, 0},
+      {10, 1, 1000},
+      {21474836, 1, 2147483600},
+      {-21474836, 1, -2147483600},
+      {21474837, 1, INT32_MIN},
+      {-21474837, 1, INT32_MIN},
+      {INT32_MAX, 1, INT32_MIN},
+      {INT32_MIN, -1, INT32_MIN},
+      {INT32_MIN, 100, INT32_MIN},
+      {INT32_MAX, 100, 2147483646},
+      {2147483646, 100, 2147483645},
+      {INT32_MIN, INT32_MAX, -100},
+  };
+  for (const auto& c : cases) EXPECT_EQ(percentage(c.x, c.y), c.percent) << c.x << '/' << c.y;
+}
+
+// With 64 bits of significand the quotient first comes out one lower for just these.
+TEST(Percentage, SomeExactOnesComeOutOneLower) {
+  for (std::int32_t x = 0; x <= 200; ++x) {
+    const bool lower = x == 53 || x == 59 || x == 105 || x == 106 || x == 117 || x == 118;
+    EXPECT_EQ(percentage(x, 100), x - (lower ? 1 : 0));
+    EXPECT_EQ(percentage(-x, 100), -x + (lower ? 1 : 0));
+  }
+}
+
+TEST(TradeRecord, LoadsWholeRecordsAndACutOne) {
+  const TempDir dir;
+  TradeRecord stored;
+  stored.trade_id = 7;
+  stored.status = 1;
+  std::strcpy(stored.domain, "a.com");
+  std::strcpy(stored.url, "http://a.com/");
+  std::string bytes;
+  for (int i = 0; i < 11; ++i) bytes.append(reinterpret_cast<const char*>(&stored), sizeof stored);
+  ASSERT_EQ(bytes.substr(80, 9), std::string("http://a."));
+  const struct {
+    std::size_t size, count;
+    std::int32_t last_id, last_status;
+    const char *last_domain, *last_url;
+  } cases[] = {
+      {9960, 10, 7, 1, "a.com", "http://a.com/"},
+      {9961, 11, -249, 0, "", ""},  // 0xFFFFFF07
+      {9960 + 4 + 3, 11, 7, 0, "a.c", ""},
+      {9960 + 84, 11, 7, 0, "a.com", "http"},
+      {9960 + 825, 11, 7, 1, "a.com", "http://a.com/"},
+      {10956, 11, 7, 1, "a.com", "http://a.com/"},
+      {995, 1, 7, 1, "a.com", "http://a.com/"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.size);
+    std::vector<TradeRecord> trades(3);
+    ASSERT_TRUE(load_trades(dir.write("index", bytes.substr(0, c.size)), trades));
+    ASSERT_EQ(trades.size(), c.count);
+    const TradeRecord& last = trades.back();
+    EXPECT_EQ(last.trade_id, c.last_id);
+    EXPECT_EQ(last.status, c.last_status);
+    EXPECT_EQ(domain_of(last), c.last_domain);
+    EXPECT_EQ(url_of(last), c.last_url);
+    EXPECT_EQ(last.reserved_828, 1);
+    EXPECT_EQ(last.reserved_844, -1);
+    EXPECT_EQ(last.reserved_880, 1);
+  }
+  std::vector<TradeRecord> trades;
+  EXPECT_TRUE(load_trades(dir.write("empty", ""), trades));
+  EXPECT_TRUE(load_trades(dir.path(), trades));
+  EXPECT_TRUE(trades.empty());
+  EXPECT_FALSE(load_trades(dir.path() + "/missing", trades));
+}
+
+TEST(TradeRecord, TextsEndAtTheFirstNulOrWithTheRecord) {
+  TradeRecord record;
+  std::memset(record.domain, 'd', sizeof record.domain);
+  std::strcpy(record.url, "url");
+  EXPECT_EQ(domain_of(record), std::string(76, 'd') + "url");
+  std::memset(static_cast<void*>(&record), 'x', sizeof record);
+  EXPECT_EQ(domain_of(record), std::string(992, 'x'));
+  EXPECT_EQ(url_of(record), std::string(916, 'x'));
+}
+
+TEST(SysLog, EscapesWhatTheAdministrationPagesWouldRender) {
+  const struct {
+    const char *raw, *logged;
+  } cases[] = {
+      {"", ""},
+      {"d/h/a'b.his", "d&#47;h&#47;a&#39;b.his"},
+      {"x;y", "x&#59;y"},
+      {";<;", "&#59;&#60;&#59;"},
+      {"two\r\nlines\n", "twolines"},
+      {"<b>\"`!\\", "&#60;b&#62;&#34;&#96;&#33;&#92;"},
+      {"a|b&c#&#59;", "a|b&c#&#59&#59;"},
+      {"&\n#47;", "&#47&#59;"},
+      {"\xe9%$\t", "\xe9%$\t"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(sanitize_log_field(c.raw), c.logged) << c.raw;
+}
+
+TEST(SysLog, WritesTheDirectoryErrorPage) {
+  const std::string error =
+      "<div align=center>\n<font style=\"font:normal 8pt arial;\";>"
+      "<font style=\"color:red;\"><b>Error</b></font><br>\nUnable to open directory "
+      "<b>a&b/</b><br>\n";
+  const std::string end =
+      "Please check file permissions and try again.<br>\n</font>\n</div>\n</body>\n</html>";
+  const std::string header =
+      "Content-type: text/html\r\n\r\n"
+      "<html>\n<head>\n<title>Vanta Core</title>\n</head>\n<body bgcolor=white>\n";
+  const struct {
+    const char* link;
+    int with_header;
+    std::string page;
+  } cases[] = {
+      {"", 0, error + end},
+      {"", 2, error + end},
+      {"/x?a=1&b", 1, header + error + "<a href=\"/x?a=1&b\">/x?a=1&b</a><br>\n" + end},
+  };
+  for (const auto& c : cases) {
+    testing::internal::CaptureStdout();
+    write_dir_error_page("a&b/", c.link, c.with_header);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), c.page);
+  }
+}
+
+}  // namespace
+}  // namespace toplist

@@ -1,0 +1,219 @@
+#include "support/site.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <ostream>
+#include <regex>
+#include <system_error>
+
+#include "util/sha1.h"
+#include "util/unique_fd.h"
+
+namespace toplist::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Far beyond what any run takes, also with sanitizers on a busy machine.
+constexpr unsigned kTimeLimitSeconds = 60;
+constexpr int kExecFailedStatus = 127;
+constexpr const char* kLogPath = "l/sys/sys.log";
+
+std::string read_file(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// A file without a name, which takes any amount of output without anyone reading along.
+UniqueFd output_file() {
+  UniqueFd fd(::memfd_create("output", MFD_CLOEXEC));
+  if (fd.get() < 0) throw std::system_error(errno, std::generic_category(), "memfd_create");
+  return fd;
+}
+
+std::string read_output(const UniqueFd& fd) {
+  return read_file("/proc/self/fd/" + std::to_string(fd.get()));
+}
+
+/// The texts as exec wants them; pointers into `texts`.
+std::vector<char*> pointers_to(std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
+  for (std::string& text : texts) pointers.push_back(text.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+struct Program {
+  const char* directory;
+  std::vector<char*> arguments;
+  std::vector<char*> environment;
+  std::array<int, 3> standard;  ///< what becomes its standard descriptors
+  const std::vector<int>* closed;
+};
+
+/// Runs in the child between fork and exec, where nothing may allocate. The alarm outlives the exec
+/// and ends a program that hangs. Core files are off: an abnormal stop is expected at times.
+[[noreturn]] void become(const Program& program) {
+  const rlimit no_core{0, 0};
+  ::setrlimit(RLIMIT_CORE, &no_core);
+  ::alarm(kTimeLimitSeconds);
+  for (int fd = 0; fd < 3; ++fd) ::dup2(program.standard[static_cast<std::size_t>(fd)], fd);
+  for (const int fd : *program.closed) ::close(fd);
+  if (::chdir(program.directory) == 0) {
+    ::execve(TOPLIST_PROGRAM, program.arguments.data(), program.environment.data());
+  }
+  ::_exit(kExecFailedStatus);
+}
+
+/// Starts the program and waits for its end; returns what waitpid reports.
+int run_to_end(const Program& program) {
+  const pid_t child = ::fork();
+  if (child < 0) throw std::system_error(errno, std::generic_category(), "fork");
+  if (child == 0) become(program);
+  int ended = 0;
+  while (::waitpid(child, &ended, 0) < 0 && errno == EINTR) continue;
+  return ended;
+}
+
+Trade default_trade(std::int32_t i) {
+  const std::string number = (i < 9 ? "0" : "") + std::to_string(i + 1);
+  Trade trade{.id = 101 + i, .domain = "t" + number + ".example"};
+  trade.periods[kPeriod60].rin = 120 - 10 * i;
+  trade.periods[kPeriod60].uin = 10 + 10 * i;
+  // Powers of two, so that percentages are exact: clk/rin rises and ctt/out falls, both by 25.
+  trade.periods[kPeriod24].rin = trade.periods[kPeriod24].out = 64;
+  trade.periods[kPeriod24].clk = 16 * i;
+  trade.periods[kPeriod24].ctt = 16 * (11 - i);
+  trade.periods[kPeriod99].rin = 1000 + i;
+  trade.columns = {"Title " + number, "About " + number, number + ".jpg", "Category " + number};
+  return trade;
+}
+
+}  // namespace
+
+std::ostream& operator<<(std::ostream& stream, const RunResult& result) {
+  return stream << "status " << result.status << ", signal " << result.signal << "\nstdout: \""
+                << result.out << "\"\nstderr: \"" << result.err << '"';
+}
+
+Site::Site() : Site(default_trades()) {}
+
+Site::Site(const std::vector<Trade>& trades) {
+  for (const char* name : {"d/t", "d/h", "d/tl", "d/gr", "l/sys", "l/thumbs"}) make_dir(name);
+  for (const char* name : {"d/t/index", "d/t/sum", "d/tl/tl", "d/tl/tl.ext"}) write(name, "");
+  write("d/tl/vantaig", site::encode_harvest_file({}));
+  std::string columns;
+  site::append_column_header(
+      columns, std::array<std::string_view, 4>{"title", "description", "picture", "category"});
+  write("d/tl/tl.a1", columns);
+  for (const Trade& trade : trades) add_trade(trade);
+}
+
+std::vector<Trade> Site::default_trades() {
+  constexpr std::int32_t kCount = 12;
+  std::vector<Trade> trades;
+  trades.reserve(kCount);
+  for (std::int32_t i = 0; i < kCount; ++i) trades.push_back(default_trade(i));
+  return trades;
+}
+
+void Site::add_trade(const Trade& trade) const {
+  std::string index, sum, history, columns;
+  site::append_trade(index, site::make_trade(trade.id, trade.domain, "http://" + trade.domain + "/",
+                                             trade.status));
+  site::append_sum(sum, {trade.id, {trade.periods[0], trade.periods[1], trade.periods[2]}});
+  site::append_history(history, 1, trade.periods[kPeriod99]);
+  const std::vector<std::string_view> values(trade.columns.begin(), trade.columns.end());
+  site::append_columns(columns, trade.domain, values);
+  append("d/t/index", index);
+  append("d/t/sum", sum);
+  append("d/tl/tl.a1", columns);
+  write("d/h/" + trade.domain + ".his", history);
+}
+
+void Site::add_toplist(const std::string& name, std::string_view text,
+                       std::string_view order_by) const {
+  const std::string template_path = "d/tl/" + name + ".tpl";
+  write(template_path, text);
+  add_definition({.template_name = name + ".tpl",
+                  .output_path = name + ".html",
+                  .order_by = std::string(order_by),
+                  .check = sha1_file_hex(path(template_path))});
+}
+
+void Site::add_definition(const site::Definition& definition) const {
+  std::string record;
+  site::append_definition(record, definition);
+  append("d/tl/tl", record);
+}
+
+void Site::add_setting(const std::string& name, std::string_view setting) const {
+  std::string record;
+  site::append_setting(record, name + ".tpl", setting);
+  append("d/tl/tl.ext", record);
+}
+
+void Site::write(const std::string& name, std::string_view bytes) const {
+  std::ofstream(path(name), std::ios::binary) << bytes;
+}
+
+void Site::append(const std::string& name, std::string_view bytes) const {
+  std::ofstream(path(name), std::ios::binary | std::ios::app) << bytes;
+}
+
+void Site::remove(const std::string& name) const { fs::remove_all(path(name)); }
+
+void Site::make_dir(const std::string& name) const { fs::create_directories(path(name)); }
+
+void Site::replace_by_dir(const std::string& name) const {
+  remove(name);
+  make_dir(name);
+}
+
+RunResult Site::start(const Start& how) const {
+  std::vector<std::string> arguments = {TOPLIST_PROGRAM};
+  arguments.insert(arguments.end(), how.arguments.begin(), how.arguments.end());
+  std::vector<std::string> environment = how.environment;
+  if (!how.timezone.empty()) environment.push_back("TZ=" + how.timezone);
+
+  const UniqueFd in(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+  const UniqueFd out = output_file();
+  const UniqueFd err = output_file();
+  const int ended = run_to_end({.directory = dir_.path().c_str(),
+                                .arguments = pointers_to(arguments),
+                                .environment = pointers_to(environment),
+                                .standard = {in.get(), out.get(), err.get()},
+                                .closed = &how.closed});
+  RunResult result{.out = read_output(out), .err = read_output(err)};
+  if (WIFEXITED(ended)) result.status = WEXITSTATUS(ended);
+  if (WIFSIGNALED(ended)) result.signal = WTERMSIG(ended);
+  return result;
+}
+
+std::string Site::read(const std::string& name) const { return read_file(path(name)); }
+
+std::string Site::log() const {
+  // A line whose time has another shape stays as it is, and then differs from what is expected.
+  return std::regex_replace(read(kLogPath), std::regex("(^|\n)\\|[0-9]{12}\\|"), "$1|<time>|");
+}
+
+std::map<std::string, std::string> Site::contents() const {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : fs::recursive_directory_iterator(dir_.path())) {
+    files[entry.path().lexically_relative(dir_.path())] =
+        entry.is_directory() ? "(directory)" : read_file(entry.path());
+  }
+  files.erase(kLogPath);
+  return files;
+}
+
+}  // namespace toplist::test
