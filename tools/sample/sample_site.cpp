@@ -15,9 +15,8 @@
 #include "sample/picture.h"
 #include "sample/random.h"
 #include "sample/scene.h"
+#include "sample/site_folder.h"
 #include "sample/site_writer.h"
-#include "util/file.h"
-#include "util/sha1.h"
 
 namespace toplist::site {
 namespace {
@@ -40,45 +39,6 @@ struct Trade {
   Theme theme;
   std::string domain;
   double daily_visitors;
-};
-
-/// Writes files below one directory. After a failure it does nothing more.
-class SiteFolder {
- public:
-  explicit SiteFolder(fs::path root) : root_(std::move(root)) {}
-
-  void make_folder(std::string_view path) {
-    std::error_code error;
-    if (failed_.empty() && (fs::create_directories(root_ / path, error), error)) {
-      failed_ = root_ / path;
-    }
-  }
-
-  void write(std::string_view path, std::string_view bytes) {
-    if (failed_.empty() && !write_file((root_ / path).string(), bytes)) failed_ = root_ / path;
-  }
-
-  /// A second name for the file at `target`; false where the file system has no room for one.
-  bool link(std::string_view target, std::string_view path) {
-    std::error_code error;
-    fs::create_hard_link(root_ / target, root_ / path, error);
-    return !error;
-  }
-
-  void remove(std::string_view path) {
-    std::error_code ignored;
-    fs::remove(root_ / path, ignored);
-  }
-
-  [[nodiscard]] std::string check_value(std::string_view path) const {
-    return sha1_file_hex((root_ / path).string());
-  }
-
-  [[nodiscard]] const fs::path& failed() const { return failed_; }
-
- private:
-  fs::path root_;
-  fs::path failed_;
 };
 
 std::int32_t whole(double number) { return static_cast<std::int32_t>(std::lround(number)); }
@@ -238,14 +198,17 @@ void write_thumbnails(SiteFolder& site, const std::vector<Trade>& trades, Random
   }
 }
 
-HarvestFile harvest_file(bool pictures) {
+/// A harvest goes by curl, which can be sent to a proxy on this machine. Its pictures have the
+/// right size already: the image tool is the shell's command that does nothing.
+HarvestFile harvest_file(Thumbnails thumbnails) {
+  const bool harvested = thumbnails == Thumbnails::harvested;
   return {.thumb_dir = std::string(kThumbnailFolder),
-          .image_tool = "convert",
-          .image_tool_args = "-resize 240x180",
+          .image_tool = harvested ? ":" : "convert",
+          .image_tool_args = harvested ? "" : "-resize 240x180",
           .unused = "0",
-          .fetch_method = "0",
-          .thumbnail_optional = pictures ? "0" : "1",
-          .harvest = "0"};
+          .fetch_method = harvested ? "3" : "0",
+          .thumbnail_optional = thumbnails == Thumbnails::none ? "1" : "0",
+          .harvest = harvested ? "1" : "0"};
 }
 
 constexpr std::string_view kMarkerText =
@@ -272,8 +235,8 @@ fs::path write_sample_site(const fs::path& directory, const SampleOptions& optio
   write_columns(site, trades, random);
   write_group(site, trades);
   write_toplists(site, options.toplists);
-  site.write("d/tl/vantaig", encode_harvest_file(harvest_file(options.pictures)));
-  if (options.pictures) write_thumbnails(site, trades, random);
+  site.write("d/tl/vantaig", encode_harvest_file(harvest_file(options.thumbnails)));
+  if (options.thumbnails == Thumbnails::ready) write_thumbnails(site, trades, random);
   return site.failed();
 }
 

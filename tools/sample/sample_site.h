@@ -6,12 +6,17 @@
 
 namespace toplist::site {
 
+enum class Thumbnails {
+  ready,      ///< A thumbnail per trade is laid out, and only trades with one are shown.
+  none,       ///< There are none, and none is required.
+  harvested,  ///< Required, but the run has to harvest them; see write_partner_pages().
+};
+
 struct SampleOptions {
   std::size_t trades = 60;    ///< Records in the database; a run needs at least 10.
   std::size_t toplists = 5;   ///< Five designed pages, further ones are plain tables.
   std::uint64_t seed = 2007;  ///< The same seed gives the same site, byte for byte.
-  /// Lay out a thumbnail per trade and require it of a trade to be shown.
-  bool pictures = true;
+  Thumbnails thumbnails = Thumbnails::ready;
 };
 
 /// Stands in the root of every sample site; holds a sentence that says so.

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "sample/partner_pages.h"
 #include "sample/sample_site.h"
 #include "toplistctl/commands.h"
 
@@ -18,6 +19,7 @@ struct Arguments {
   std::string directory;
   site::SampleOptions options;
   bool no_pictures = false;
+  std::string partner_pages;  ///< empty: none
 };
 
 int write_sample(const Arguments& arguments) {
@@ -28,8 +30,12 @@ int write_sample(const Arguments& arguments) {
     return 1;
   }
   site::SampleOptions options = arguments.options;
-  options.pictures = !arguments.no_pictures;
-  const std::filesystem::path failed = site::write_sample_site(directory, options);
+  if (arguments.no_pictures) options.thumbnails = site::Thumbnails::none;
+  if (!arguments.partner_pages.empty()) options.thumbnails = site::Thumbnails::harvested;
+  std::filesystem::path failed = site::write_sample_site(directory, options);
+  if (failed.empty() && !arguments.partner_pages.empty()) {
+    failed = site::write_partner_pages(arguments.partner_pages, options);
+  }
   if (!failed.empty()) {
     std::fprintf(stderr, "toplistctl: cannot write %s\n", failed.c_str());
     return 1;
@@ -59,6 +65,11 @@ void add_sample_command(CLI::App& app, int& exit_status) {
       ->capture_default_str();
   command->add_flag("--no-pictures", arguments->no_pictures,
                     "Leave out the thumbnails and do not require them");
+  command
+      ->add_option("--harvest", arguments->partner_pages,
+                   "Leave the thumbnails to the run's harvest, and write the partners' pages into "
+                   "this folder, for a proxy on this machine to serve")
+      ->excludes("--no-pictures");
   command->callback([arguments, &exit_status] { exit_status = write_sample(*arguments); });
 }
 
