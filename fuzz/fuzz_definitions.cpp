@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "input.h"
+#include "support/rows.h"
 #include "toplist/alternatives.h"
 #include "toplist/definitions.h"
 #include "toplist/filters.h"
@@ -33,8 +34,7 @@ std::vector<TradeRow> some_rows(Input& input) {
 }
 
 void check_ranking(std::vector<TradeRow> rows, const std::string& order_by) {
-  std::vector<TradeRow*> ranking;
-  for (TradeRow& row : rows) ranking.push_back(&row);
+  auto ranking = toplist::test::pointers_to<TradeRow>(rows);
   toplist::rank_rows(ranking, order_by);
 
   std::vector<TradeRow> sorted = rows;

@@ -48,7 +48,7 @@ std::string step_by_step(std::string chunk, const std::string& host) {
   const std::size_t image = chunk.find("<img ");
   if (image == std::string::npos) return "";
   found = false;
-  const std::string picture = value_after(chunk, "src=", image, found);
+  std::string picture = value_after(chunk, "src=", image, found);
   if (!found) return "";
   if (picture.rfind("http://", 0) == 0) return picture;
   return "http://" + host + (picture.rfind('/', 0) == 0 ? "" : "/") + picture;

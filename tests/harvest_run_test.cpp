@@ -161,7 +161,8 @@ using Files = std::map<std::string, std::string>;
 
 TEST(HarvestRun, NamesFilesByHostAndThumbnailsByDomain) {
   const HarvestSite site(Visits{{"domain.e", "http://www.Host.e:80/in?x"}});
-  site.serve("http://www.Host.e:80/in?x", "<html><body>" + link_to("pics/12345.JPG") + "</body>");
+  site.serve("http://www.Host.e:80/in?x",
+             link_to("http://far.e/12345") + link_to("pics/12345.JPG"));
   const std::string bytes = picture(2048);
   site.serve("http://Host.e:80/pics/12345.jpg", bytes.substr(0, 2047));
   site.write("l/thumbs/domain.e.jpg", std::string(9000, 'o'));  // of a run before, and longer
@@ -169,6 +170,7 @@ TEST(HarvestRun, NamesFilesByHostAndThumbnailsByDomain) {
   EXPECT_EQ(site.harvest(), RunResult{});
   EXPECT_EQ(site.read("fetch.log"),
             fetch_line("Host.e:80", "http://www.Host.e:80/in?x") +
+                fetch_line("Host.e:80.jpg", "http://far.e/12345") +
                 fetch_line("Host.e:80.jpg", "http://Host.e:80/pics/12345.jpg"));
   EXPECT_EQ(site.read("tool.log"), tool_line("Host.e:80", "domain.e"));
   // The line feed that every downloaded text ends with makes it just large enough.

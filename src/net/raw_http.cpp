@@ -150,22 +150,21 @@ std::string fetch_raw_http(const std::string& host, const std::string& url) {
 }
 
 std::string fetch_raw_http(const std::string& host, const std::string& url, std::uint16_t port) {
-  const std::string failure(kRawHttpFailure);
-  if (has_control_character(url)) return failure;  // it would split the request
+  if (has_control_character(url)) return kRawHttpFailure;  // it would split the request
   UniqueFd connection = open_connection(host, port);
-  if (!connection) return failure;
+  if (!connection) return kRawHttpFailure;
 
   send_request(connection.get(), raw_http_request(host, url));
   if (!wait_for(connection.get(), Direction::readable, kFirstByteTimeoutSeconds)) {
     print_note(kTimeoutNote);
-    return failure;
+    return kRawHttpFailure;
   }
   std::string response = receive_response(connection.get());
   if (response.size() > kResponseLimitBytes) {
     print_note(kTooLargeNote);
     // Left open on purpose: the sender of an endless response is held, not invited to start anew.
     connection.release();
-    return failure;
+    return kRawHttpFailure;
   }
   return response;
 }

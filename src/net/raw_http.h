@@ -19,7 +19,7 @@ inline constexpr std::size_t kReceiveLimitBytes = 10UL * 1024 * 1024;
 inline constexpr std::size_t kResponseLimitBytes = kReceiveLimitBytes - 1024;
 
 /// What a failed fetch returns.
-inline constexpr std::string_view kRawHttpFailure = "-1";
+inline constexpr const char* kRawHttpFailure = "-1";
 
 /// Fetches `url` with an HTTP/1.0 request to `host` (a name or a dotted IPv4 address; the caller
 /// takes it from the url). Returns the response as it came, head and body, or kRawHttpFailure.

@@ -36,6 +36,7 @@ inline TradeRow make_row(std::string id, std::string domain = "") {
 template <typename Row>
 std::vector<Row*> pointers_to(std::vector<TradeRow>& rows) {
   std::vector<Row*> pointers;
+  pointers.reserve(rows.size());
   for (TradeRow& row : rows) pointers.push_back(&row);
   return pointers;
 }

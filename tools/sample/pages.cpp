@@ -317,8 +317,8 @@ Page make_plain_page(std::size_t number, const std::string& links) {
 
 }  // namespace
 
-std::vector<Page> make_pages(std::size_t count) {
-  const std::size_t designed = std::min(count, designs().size());
+std::vector<Page> make_pages(std::size_t count, std::size_t most_designed) {
+  const std::size_t designed = std::min({count, designs().size(), most_designed});
   std::vector<Page> pages;
   pages.reserve(count);
   for (std::size_t i = 0; i < designed; ++i) {

@@ -20,9 +20,9 @@ struct Page {
 /// The file name of the group that one of the pages is restricted to.
 inline constexpr std::string_view kGroupName = "outdoors";
 
-/// The first `count` toplists of the sample site: five designed pages, then plain tables of 100
+/// `count` toplists: first the designed pages, five or `most_designed`, then plain tables of 100
 /// ranks with 10 tags each, over different order-by values, every third with a minimum.
-std::vector<Page> make_pages(std::size_t count);
+std::vector<Page> make_pages(std::size_t count, std::size_t most_designed);
 
 /// "style.css", shared by all pages.
 std::string_view style_sheet();

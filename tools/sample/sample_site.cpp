@@ -164,10 +164,10 @@ void write_group(SiteFolder& site, const std::vector<Trade>& trades) {
   site.write("d/gr/" + std::string(kGroupName), encode_group(kGroupName, members));
 }
 
-void write_toplists(SiteFolder& site, std::size_t count) {
+void write_toplists(SiteFolder& site, const SampleOptions& options) {
   std::string definitions;
   std::string settings;
-  for (Page& page : make_pages(count)) {
+  for (Page& page : make_pages(options.toplists, options.most_designed)) {
     const std::string& name = page.definition.template_name;
     site.write("d/tl/" + name, page.template_text);
     page.definition.check = site.check_value("d/tl/" + name);
@@ -234,7 +234,7 @@ fs::path write_sample_site(const fs::path& directory, const SampleOptions& optio
   write_statistics(site, trades, random);
   write_columns(site, trades, random);
   write_group(site, trades);
-  write_toplists(site, options.toplists);
+  write_toplists(site, options);
   site.write("d/tl/vantaig", encode_harvest_file(harvest_file(options.thumbnails)));
   if (options.thumbnails == Thumbnails::ready) write_thumbnails(site, trades, random);
   return site.failed();

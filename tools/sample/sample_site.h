@@ -13,9 +13,10 @@ enum class Thumbnails {
 };
 
 struct SampleOptions {
-  std::size_t trades = 60;    ///< Records in the database; a run needs at least 10.
-  std::size_t toplists = 5;   ///< Five designed pages, further ones are plain tables.
-  std::uint64_t seed = 2007;  ///< The same seed gives the same site, byte for byte.
+  std::size_t trades = 60;        ///< Records in the database; a run needs at least 10.
+  std::size_t toplists = 5;       ///< Five designed pages, further ones are plain tables.
+  std::size_t most_designed = 5;  ///< 0: plain tables only.
+  std::uint64_t seed = 2007;      ///< The same seed gives the same site, byte for byte.
   Thumbnails thumbnails = Thumbnails::ready;
 };
 

@@ -18,6 +18,7 @@ constexpr std::size_t kMostToplists = 999;
 struct Arguments {
   std::string directory;
   site::SampleOptions options;
+  bool plain = false;
   bool no_pictures = false;
   std::string partner_pages;  ///< empty: none
 };
@@ -30,6 +31,7 @@ int write_sample(const Arguments& arguments) {
     return 1;
   }
   site::SampleOptions options = arguments.options;
+  if (arguments.plain) options.most_designed = 0;
   if (arguments.no_pictures) options.thumbnails = site::Thumbnails::none;
   if (!arguments.partner_pages.empty()) options.thumbnails = site::Thumbnails::harvested;
   std::filesystem::path failed = site::write_sample_site(directory, options);
@@ -63,6 +65,8 @@ void add_sample_command(CLI::App& app, int& exit_status) {
       ->check(CLI::Range(std::size_t{1}, kMostToplists));
   command->add_option("--seed", arguments->options.seed, "The same seed gives the same site")
       ->capture_default_str();
+  command->add_flag("--plain", arguments->plain,
+                    "Plain tables of 1,000 tags only, as the benches measure them");
   command->add_flag("--no-pictures", arguments->no_pictures,
                     "Leave out the thumbnails and do not require them");
   command
