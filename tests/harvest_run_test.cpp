@@ -13,6 +13,7 @@
 #include <iterator>
 #include <map>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -448,6 +449,10 @@ struct Method {
   const char* tool;  ///< "sh" where none is needed
   std::uint16_t port;
 };
+
+void PrintTo(const Method& method, std::ostream* stream) {
+  *stream << method.number << " with " << method.tool;
+}
 
 class HarvestMethods : public testing::TestWithParam<Method> {};
 
