@@ -2,7 +2,9 @@
 
 #include <pthread.h>
 
+#include <algorithm>
 #include <array>
+#include <new>
 
 #include "harvest/link.h"
 #include "harvest/picture_search.h"
@@ -16,7 +18,6 @@
 namespace toplist {
 namespace {
 
-constexpr const char* kTempFolder = "l/sys/net/";
 constexpr const char* kPictureSuffix = ".jpg";
 constexpr const char* kRawHttpMethod = "0";
 
@@ -62,7 +63,7 @@ class Harvest {
     if (url_host_.empty()) return;
     for (const DownloadMethod& entry : kDownloadMethods) {
       if (config_.fetch_method() != entry.method) continue;
-      text = entry.fetch(kTempFolder + url_host_ + temp_suffix, url);
+      text = entry.fetch(kDownloadFolder + url_host_ + temp_suffix, url);
     }
   }
 
@@ -83,6 +84,12 @@ class Harvest {
 
 }  // namespace
 
+bool is_fetch_method(std::string_view method) {
+  return method == kRawHttpMethod ||
+         std::any_of(kDownloadMethods.begin(), kDownloadMethods.end(),
+                     [method](const DownloadMethod& entry) { return method == entry.method; });
+}
+
 std::string image_tool_command(const HarvestConfig& config, std::string_view url_host,
                                std::string_view domain) {
   return config.image_tool() + " " + config.thumb_dir() + shell_word(url_host) + kPictureSuffix +
@@ -92,9 +99,7 @@ std::string image_tool_command(const HarvestConfig& config, std::string_view url
 
 void harvest_trade(const TradeRecord& trade) {
   FileBuffer config_file;
-  if (!config_file.read(kHarvestConfigPath)) {
-    return log_unopened_file(kHarvestConfigPath, Severity::run_ends);
-  }
+  if (!read_or_log(kHarvestConfigPath, Severity::run_ends, config_file)) return;
   const HarvestConfig config = parse_harvest_config(config_file.text(), "");
   const Harvest harvest(trade, config);
   const std::string page = harvest.fetch_page();
@@ -109,7 +114,11 @@ void harvest_trade(const TradeRecord& trade) {
 }
 
 void* harvest_worker(void* trade) {
-  harvest_trade(*static_cast<const TradeRecord*>(trade));
+  try {
+    harvest_trade(*static_cast<const TradeRecord*>(trade));
+  } catch (const std::bad_alloc&) {
+    // This trade gets no thumbnail; whether the run goes on is for the main thread to find out.
+  }
   ::pthread_exit(nullptr);
 }
 

@@ -8,6 +8,12 @@
 
 namespace toplist {
 
+/// Where the external downloaders put what they fetch.
+inline constexpr const char* kDownloadFolder = "l/sys/net/";
+
+/// Whether the harvest fetches anything with this value of the configuration's fetch method.
+bool is_fetch_method(std::string_view method);
+
 /// Thread entry: harvests the thumbnail of one trade, a `TradeRecord*` that is only read, and ends
 /// the thread. Reads the configuration "d/tl/vantaig" afresh.
 void* harvest_worker(void* trade);

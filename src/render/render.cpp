@@ -39,26 +39,19 @@ class PendingText {
   std::size_t start_ = 0;
 };
 
-/// Which lines of a template are kept: those outside of "<tlxt>" blocks.
-class BlockState {
- public:
-  bool keeps(std::string_view line) {
-    if (contains(line, "</tlxt>")) {
-      inside_ = false;
-      return false;
-    }
-    if (contains(line, "<tlxt>")) inside_ = true;
-    return !inside_;
-  }
-
- private:
-  bool inside_ = false;
-};
-
 }  // namespace
 
+bool BlockState::keeps(std::string_view line) {
+  if (contains(line, "</tlxt>")) {
+    inside_ = false;
+    return false;
+  }
+  if (contains(line, "<tlxt>")) inside_ = true;
+  return !inside_;
+}
+
 std::optional<std::size_t> expand_tags(std::string_view line, RankedRows rows, std::int64_t& passes,
-                                       std::string& page) {
+                                       std::string& page, const TagWatcher* watcher) {
   std::size_t mark = line.find(kTagMark);
   if (mark == std::string_view::npos) {
     ++passes;
@@ -67,14 +60,18 @@ std::optional<std::size_t> expand_tags(std::string_view line, RankedRows rows, s
   }
   PendingText pending(line);
   std::string value;
+  std::size_t untouched = line.size();  // this many characters at the end are still the template's
+  std::size_t column = 0;
   do {
     const std::string_view text = pending.text();
     const std::size_t left = text.size() - mark;
-    // Counted from the line's end, which no replacement has touched.
-    if (left < kShortTagLength) return line.size() - left + 1;
+    if (left <= untouched) column = line.size() - left + 1;
+    if (left < kShortTagLength) return column;
 
     const std::optional<Tag> tag = read_tag(text.substr(mark));
+    if (watcher != nullptr) (*watcher)(text.substr(mark), tag);
     if (!tag) {
+      // Meant: only the pass limit ends the search for a tag that never goes away.
       passes = std::max(passes, kPassLimit) + 1;
       break;
     }
@@ -82,8 +79,9 @@ std::optional<std::size_t> expand_tags(std::string_view line, RankedRows rows, s
     const std::size_t replaced = expand_tag(*tag, rows, value);
     page += text.substr(0, mark);
     pending.drop(mark + replaced);
+    untouched = std::min(untouched, pending.text().size());
     pending.put_in_front(value);
-    // Nothing in front of the value holds or ends in a mark's half, so the search goes on here.
+    // Nothing in front of the value holds a mark or ends in half of one: the search goes on here.
     mark = ++passes > kPassLimit ? std::string_view::npos : pending.text().find(kTagMark);
   } while (mark != std::string_view::npos);
   page += pending.text();
@@ -109,15 +107,13 @@ std::optional<StrayMark> render_template(std::string_view text, RankedRows rows,
 bool render_toplist(const std::string& template_path, const std::string& output_path,
                     RankedRows rows) {
   FileBuffer file;
-  if (!file.read(template_path)) {
-    log_unopened_file(template_path, Severity::run_ends);
-    return false;
-  }
+  if (!read_or_log(template_path, Severity::run_ends, file)) return false;
   std::string page;
   if (const auto stray = render_template(file.text(), rows, page)) {
-    throw std::out_of_range(template_path + ", line " + std::to_string(stray->line) + ", column " +
-                            std::to_string(stray->column) +
-                            ": \"%%\" with fewer than 11 characters left on its line");
+    throw std::out_of_range(
+        template_path + ", line " + std::to_string(stray->line) + ", column " +
+        std::to_string(stray->column) +
+        ": a \"%%\" there, or in the value put in there, is too close to the end of the line");
   }
   if (!write_file(output_path, page)) {
     log_unopened_file(output_path, Severity::run_ends);

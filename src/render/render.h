@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,21 +11,41 @@
 
 namespace toplist {
 
-/// How many passes the tags of one template may take. A pass is one replacement, or one look at a
-/// line without a tag.
+/// Above this many passes, counted through a template, only the first tag of a line is expanded. A
+/// pass is one replacement, or one look at a line without a tag or at a malformed tag.
 inline constexpr std::int64_t kPassLimit = 50000;
+
+/// Which lines of a template are kept: those outside of "<tlxt>" blocks.
+class BlockState {
+ public:
+  /// Whether the next line is kept.
+  bool keeps(std::string_view line);
+
+  /// Whether a block is open: it drops all that follows, up to a "</tlxt>".
+  [[nodiscard]] bool inside() const { return inside_; }
+
+ private:
+  bool inside_ = false;
+};
+
+/// Is shown every tag before it is expanded: the line from the tag's "%%" on, with what values
+/// have put into it so far, and the tag, or nothing when it is malformed.
+using TagWatcher = std::function<void(std::string_view text, const std::optional<Tag>& tag)>;
 
 /// Expands the tags of one template line and appends the result to `page`.
 ///
 /// Each value is scanned again together with what follows it, so a value may bring in tags.
 /// `passes` counts through the whole template. Once it is above kPassLimit, only the first tag of a
 /// line is expanded. A malformed tag leaves the rest of its line as it stands and uses up all
-/// passes that are left: it is found again and again until they run out.
+/// passes that are left, on purpose: it is found again and again until they run out.
 ///
 /// When a "%%" has fewer than kShortTagLength characters from it to the line's end, returns its
-/// column in the template line, counted from 1, and `page` is of no use any more.
+/// column in the template line, counted from 1, or that of the tag whose value brought it in;
+/// `page` is of no use any more.
+///
+/// `watcher` may be null, as it is in a run.
 std::optional<std::size_t> expand_tags(std::string_view line, RankedRows rows, std::int64_t& passes,
-                                       std::string& page);
+                                       std::string& page, const TagWatcher* watcher = nullptr);
 
 /// A "%%" too close to its line's end; both count from 1.
 struct StrayMark {
@@ -39,7 +60,7 @@ std::optional<StrayMark> render_template(std::string_view text, RankedRows rows,
 
 /// Renders one toplist. The output file is written in place, and only after the whole template has
 /// been rendered. False, logged, when the template or the output file cannot be opened: then no
-/// further toplist is to be rendered.
+/// further toplist is to be rendered, on purpose.
 ///
 /// Throws std::out_of_range for a "%%" too close to its line's end, naming template, line and
 /// column. That is meant to end the process: such a template must not be published.

@@ -72,24 +72,26 @@ constexpr std::array<TextName, 7> kTextNames{{
     {"img", append_extra_column<2>},
 }};
 
-bool append_statistic(std::string_view name, const TradeRow& row, std::string& value) {
-  if (name.size() != kLongNameLength) return false;
+/// What a statistics name shows.
+struct Statistic {
+  std::size_t period;
+  Counter counter;
+};
+
+std::optional<Statistic> find_statistic(std::string_view name) {
+  if (name.size() != kLongNameLength) return std::nullopt;
   const auto stem = std::find_if(kStems.begin(), kStems.end(),
                                  [name](const Stem& s) { return name.starts_with(s.text); });
   const auto suffix = std::find(kSuffixes.begin(), kSuffixes.end(), name.substr(3));
-  if (stem == kStems.end() || suffix == kSuffixes.end()) return false;
-  const auto period = static_cast<std::size_t>(suffix - kSuffixes.begin());
-  append_number(value, row.periods[period].*stem->counter);
-  return true;
+  if (stem == kStems.end() || suffix == kSuffixes.end()) return std::nullopt;
+  return Statistic{static_cast<std::size_t>(suffix - kSuffixes.begin()), stem->counter};
 }
 
-bool append_text(std::string_view name, const TradeRow& row, std::string& value) {
-  for (const TextName& entry : kTextNames) {
-    if (name != entry.name) continue;
-    entry.append(row, value);
-    return true;
-  }
-  return false;
+/// nullptr when the name is none of these.
+const TextName* find_text_name(std::string_view name) {
+  const auto entry = std::find_if(kTextNames.begin(), kTextNames.end(),
+                                  [name](const TextName& t) { return name == t.name; });
+  return entry == kTextNames.end() ? nullptr : &*entry;
 }
 
 bool has_mark_at(std::string_view text, std::size_t position) {
@@ -113,6 +115,15 @@ std::optional<Tag> read_tag(std::string_view text) {
   return tag;
 }
 
+bool has_known_name(const Tag& tag) {
+  return find_statistic(tag.name) || find_text_name(tag.name) != nullptr || column_entry(tag);
+}
+
+std::optional<std::int64_t> column_entry(const Tag& tag) {
+  if (!tag.name.starts_with(kColumnStem)) return std::nullopt;
+  return static_cast<std::int64_t>(tag.column) + kFirstAttColumn;
+}
+
 std::size_t expand_tag(const Tag& tag, RankedRows rows, std::string& value) {
   // A negative rank becomes one that no list reaches.
   if (static_cast<std::uint32_t>(tag.rank) >= rows.size()) {
@@ -120,12 +131,18 @@ std::size_t expand_tag(const Tag& tag, RankedRows rows, std::string& value) {
     return tag.name.size() == kLongNameLength ? kLongTagLength : kShortTagLength;
   }
   const TradeRow& row = *rows[static_cast<std::size_t>(tag.rank)];
-  if (append_statistic(tag.name, row, value)) return kLongTagLength;
-  if (append_text(tag.name, row, value)) return kShortTagLength;
-  if (tag.name.starts_with(kColumnStem)) {
+  if (const auto statistic = find_statistic(tag.name)) {
+    append_number(value, row.periods[statistic->period].*statistic->counter);
+    return kLongTagLength;
+  }
+  if (const TextName* text = find_text_name(tag.name)) {
+    text->append(row, value);
+    return kShortTagLength;
+  }
+  if (const auto entry = column_entry(tag)) {
     // Also for the short "att", whose column number -1 shows the picture column and which swallows
     // the two characters behind it. Meant: templates rely on it.
-    value += extra_column(row, static_cast<std::int64_t>(tag.column) + kFirstAttColumn);
+    value += extra_column(row, *entry);
     return kLongTagLength;
   }
   return tag.closes_short ? kShortTagLength : kLongTagLength;

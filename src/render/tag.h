@@ -36,6 +36,13 @@ struct Tag {
 /// Where both ends fit, a short tag followed at once by another "%%", it is a long tag, on purpose.
 std::optional<Tag> read_tag(std::string_view text);
 
+/// Whether the tag's name is one that shows a value.
+bool has_known_name(const Tag& tag);
+
+/// The entry of the extra columns that a column tag ("att...") shows, negative ones included;
+/// nothing for other tags.
+std::optional<std::int64_t> column_entry(const Tag& tag);
+
 /// Appends the tag's value to `value` and returns how many characters of the template it replaces.
 /// Fewer may be left on the line; then all of them are replaced.
 ///

@@ -1,9 +1,6 @@
 #include "run/statistics.h"
 
 #include <array>
-#include <cstddef>
-#include <optional>
-#include <string>
 
 #include "util/fields.h"
 #include "util/number.h"
@@ -12,8 +9,6 @@
 
 namespace toplist {
 namespace {
-
-constexpr std::int32_t kActive = 1;
 
 constexpr std::size_t kHistoryFieldsBeforeCounters = 2;
 constexpr std::size_t kHistoryFieldsAfterCounters = 20;
@@ -47,11 +42,9 @@ void compute_percentages(TradeRow& row) {
   }
 }
 
-/// The fields of "d/tl/tl.a1" that hold no line feed, and n as of its first line feed.
-struct ExtraColumnFields {
-  std::vector<std::string_view> kept;
-  std::optional<std::size_t> kept_in_header;
-};
+}  // namespace
+
+std::string history_path(std::string_view domain) { return "d/h/" + std::string(domain) + ".his"; }
 
 ExtraColumnFields read_extra_column_fields(std::string_view text) {
   ExtraColumnFields result;
@@ -66,12 +59,10 @@ ExtraColumnFields read_extra_column_fields(std::string_view text) {
   return result;
 }
 
-}  // namespace
-
 std::vector<TradeRow> build_rows(std::span<const TradeRecord> trades) {
   std::vector<TradeRow> rows;
   for (const TradeRecord& trade : trades) {
-    if (trade.status != kActive) continue;
+    if (!is_active(trade)) continue;
     TradeRow& row = rows.emplace_back();
     append_number(row.id, trade.trade_id);
     row.domain = domain_of(trade);
@@ -82,8 +73,8 @@ std::vector<TradeRow> build_rows(std::span<const TradeRecord> trades) {
 
 void attach_extra_columns(std::string_view text, std::span<TradeRow> rows) {
   const ExtraColumnFields fields = read_extra_column_fields(text);
-  if (fields.kept_in_header.value_or(0) < 3) return;
-  const std::size_t group_size = *fields.kept_in_header - 1;
+  const std::size_t group_size = fields.group_size();
+  if (group_size == 0) return;
 
   TextColumn domains;
   domains.reserve(rows.size());

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -9,8 +12,28 @@
 
 namespace toplist {
 
+inline constexpr const char* kExtraColumnsPath = "d/tl/tl.a1";
+inline constexpr const char* kSumPath = "d/t/sum";
+
+/// Where the history of the trade with this domain is.
+std::string history_path(std::string_view domain);
+
 /// One row per active trade, in database order, with its id, domain and url.
 std::vector<TradeRow> build_rows(std::span<const TradeRecord> trades);
+
+/// The fields of "d/tl/tl.a1" that hold no line feed, views into its text, and how many of them
+/// stand before its first line feed; nothing when there is none.
+struct ExtraColumnFields {
+  std::vector<std::string_view> kept;
+  std::optional<std::size_t> kept_in_header;
+
+  /// Fields to a line behind the header, the domain included: 0 when the header is too short for
+  /// any column.
+  [[nodiscard]] std::size_t group_size() const {
+    return kept_in_header.value_or(0) < 3 ? 0 : *kept_in_header - 1;
+  }
+};
+ExtraColumnFields read_extra_column_fields(std::string_view text);
 
 /// Attaches the extra display columns of "d/tl/tl.a1" to the rows.
 ///

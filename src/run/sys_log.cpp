@@ -5,14 +5,13 @@
 #include <array>
 #include <cstdio>
 #include <ctime>
+#include <iterator>
 
-#include "util/file.h"
 #include "util/text.h"
 
 namespace toplist {
 namespace {
 
-constexpr const char* kLogPath = "l/sys/sys.log";
 constexpr const char* kModule = "toplist";
 constexpr const char* kCodeUnopenedFile = "1";
 constexpr const char* kCodeContentError = "10";
@@ -51,6 +50,14 @@ std::string sanitize_log_field(std::string_view text) {
   return clean;
 }
 
+std::string restore_log_field(std::string_view field) {
+  std::string text(field);
+  for (auto it = std::rbegin(kLogReplacements); it != std::rend(kLogReplacements); ++it) {
+    if (!it->to.empty()) replace_all(text, it->to, it->from);
+  }
+  return text;
+}
+
 void write_sys_log(std::string_view module, std::string_view code, std::string_view subject,
                    std::string_view severity, std::string_view detail) {
   std::string line = "|" + local_time_text() + "|" + sanitize_log_field(module) + "|";
@@ -63,6 +70,12 @@ void write_sys_log(std::string_view module, std::string_view code, std::string_v
 
 void log_unopened_file(std::string_view path, Severity severity) {
   write_sys_log(kModule, kCodeUnopenedFile, path, severity_text(severity), "");
+}
+
+bool read_or_log(const std::string& path, Severity severity, FileBuffer& file) {
+  if (file.read(path)) return true;
+  log_unopened_file(path, severity);
+  return false;
 }
 
 void log_content_error(std::string_view message, Severity severity) {

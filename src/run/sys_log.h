@@ -3,7 +3,11 @@
 #include <string>
 #include <string_view>
 
+#include "util/file.h"
+
 namespace toplist {
+
+inline constexpr const char* kLogPath = "l/sys/sys.log";
 
 /// Appends one line to "l/sys/sys.log", which the site's administration pages read:
 ///
@@ -19,11 +23,17 @@ void write_sys_log(std::string_view module, std::string_view code, std::string_v
 /// act upon becomes a numeric entity. The separator "|" and "&" stay, on purpose.
 std::string sanitize_log_field(std::string_view text);
 
+/// The text that sanitize_log_field() made `field` of, but for its line breaks.
+std::string restore_log_field(std::string_view field);
+
 /// What becomes of the run after a failure.
 enum class Severity { run_goes_on, run_ends };
 
 /// Logs that the file at `path` cannot be opened.
 void log_unopened_file(std::string_view path, Severity severity);
+
+/// Reads the file at `path` into `file`; false, logged, when it cannot be opened.
+bool read_or_log(const std::string& path, Severity severity, FileBuffer& file);
 
 /// Logs an error in the data.
 void log_content_error(std::string_view message, Severity severity);

@@ -1,5 +1,7 @@
 #include "run/trade_record.h"
 
+#include <algorithm>
+
 #include "util/file.h"
 
 namespace toplist {
@@ -26,7 +28,9 @@ bool load_trades(const std::string& path, std::vector<TradeRecord>& trades) {
   if (!fd) return false;
   const std::size_t size = regular_file_size(fd.get());
   trades.assign((size + sizeof(TradeRecord) - 1) / sizeof(TradeRecord), TradeRecord{});
-  read_fully(fd.get(), reinterpret_cast<char*>(trades.data()), size);
+  const std::size_t read = read_fully(fd.get(), reinterpret_cast<char*>(trades.data()), size);
+  // A failed read leaves the record that it was to fill, and none behind it.
+  trades.resize(std::min(trades.size(), read / sizeof(TradeRecord) + 1));
   return true;
 }
 

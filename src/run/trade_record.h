@@ -10,6 +10,11 @@
 
 namespace toplist {
 
+inline constexpr const char* kTradesPath = "d/t/index";
+
+/// A database of fewer trades counts as not fully loaded, on purpose.
+inline constexpr std::size_t kFewestTrades = 10;
+
 /// One trade as it stands in "d/t/index": 996 bytes, little-endian, without any padding.
 ///
 /// The file is a plain array of these, without header or trailer, written by the rest of the site.
@@ -42,13 +47,17 @@ static_assert(sizeof(TradeRecord) == 996 && offsetof(TradeRecord, status) == 824
 static_assert(std::is_trivially_copyable_v<TradeRecord>);
 static_assert(std::endian::native == std::endian::little, "records are read as they stand");
 
+/// Whether the trade gets a statistics row and so may stand in toplists.
+inline bool is_active(const TradeRecord& record) { return record.status == 1; }
+
 /// The record's domain and url, up to the first NUL. The writer leaves a NUL inside each field;
 /// where there is none the text goes on, at the most to the end of the record. Views into `record`.
 std::string_view domain_of(const TradeRecord& record);
 std::string_view url_of(const TradeRecord& record);
 
 /// Fills `trades` with the records of the file at `path`, in file order; false when it cannot be
-/// opened. A cut last record is kept: what the file does not hold of it has its initial value.
+/// opened. A cut last record is kept, on purpose: what the file does not hold of it has its initial
+/// value.
 bool load_trades(const std::string& path, std::vector<TradeRecord>& trades);
 
 }  // namespace toplist

@@ -9,9 +9,9 @@ namespace toplist {
 /// Replaces each extra column by one of its alternatives, the pieces between its semicolons. A
 /// final semicolon adds no empty piece.
 ///
-/// The C library's generator is seeded with the current second for each pick. So all picks of one
-/// second take the same position among lists of equal length, on purpose: the columns of a trade
-/// stay in step.
+/// Each pick is the first number that the C library's generator draws when it is seeded with the
+/// current second. So all picks of one second take the same position among lists of equal length,
+/// on purpose: the columns of a trade stay in step.
 void pick_alternatives(std::span<TradeRow> rows);
 
 }  // namespace toplist

@@ -6,7 +6,6 @@
 #include <memory>
 #include <utility>
 
-#include "run/sys_log.h"
 #include "util/fields.h"
 #include "util/file.h"
 #include "util/number.h"
@@ -57,18 +56,6 @@ constexpr std::array<Minimum, kMinimumCount> kMinimums{{
     {"tprod", stored_percent<kPeriod24, 3>},  // ctt24 per out24
 }};
 
-/// Appends the items of a "domains" or "skipdomains" value.
-void append_domains(std::string value, TextColumn& domains) {
-  if (value.size() < kShortestListValue) return;
-  std::replace(value.begin(), value.end(), '\n', ',');
-  std::replace(value.begin(), value.end(), '\r', ',');
-  std::erase(value, ' ');
-  FieldReader items(value, ',');
-  for (std::string_view item; items.next(item);) {
-    if (item.size() >= kShortestListItem) domains.append(std::string(item));
-  }
-}
-
 /// The names in a directory but "." and ".."; false when it cannot be opened.
 bool list_directory(const std::string& path, TextColumn& names) {
   const std::unique_ptr<DIR, int (*)(DIR*)> directory(::opendir(path.c_str()), ::closedir);
@@ -82,52 +69,83 @@ bool list_directory(const std::string& path, TextColumn& names) {
 
 }  // namespace
 
+bool is_minimum_key(std::string_view key) {
+  return std::any_of(kMinimums.begin(), kMinimums.end(),
+                     [key](const Minimum& minimum) { return key == minimum.key; });
+}
+
+bool is_setting_key(std::string_view key) {
+  return key == kDomainsKey || key == kSkippedDomainsKey || key == kGroupKey || is_minimum_key(key);
+}
+
+std::optional<std::string> group_path(std::string_view value) {
+  if (value == "*") return std::nullopt;
+  std::string name(value);
+  std::erase_if(name, [](char c) { return c == '\r' || c == '\n' || c == ' '; });
+  if (name.empty()) return std::nullopt;
+  return kGroupFolder + name;
+}
+
 ToplistFilters::ToplistFilters() { minimums_.fill(kMinimumOff); }
 
 void ToplistFilters::apply(const ToplistSetting& setting) {
-  if (setting.key == "domains") return append_domains(std::string(setting.value), domains_);
-  if (setting.key == "skipdomains") {
-    return append_domains(std::string(setting.value), skipped_domains_);
+  if (setting.key == kDomainsKey) return parse_domains(std::string(setting.value), domains_);
+  if (setting.key == kSkippedDomainsKey) {
+    return parse_domains(std::string(setting.value), skipped_domains_);
   }
-  if (setting.key == "group") return add_group(std::string(setting.value));
+  if (setting.key == kGroupKey) return add_group(setting.value);
   for (std::size_t i = 0; i < kMinimums.size(); ++i) {
     if (setting.key == kMinimums[i].key) minimums_[i] = parse_int32(setting.value);
   }
 }
 
-void ToplistFilters::add_group(std::string name) {
-  if (name == "*") return;
-  std::erase_if(name, [](char c) { return c == '\r' || c == '\n' || c == ' '; });
-  if (name.empty()) return;
-  const std::string path = kGroupFolder + name;
+void ToplistFilters::add_group(std::string_view value) {
+  const std::optional<std::string> path = group_path(value);
+  if (!path) return;
   FileBuffer file;
-  if (!file.read(path)) return log_unopened_file(path, Severity::run_goes_on);
-  parse_group(file.text(), members_);
-}
-
-bool ToplistFilters::admit(const TradeRow& row) const {
-  if (!domains_.empty() && !domains_.contains(row.domain)) return false;
-  if (!members_.empty() && !members_.contains(row.id)) return false;
-  if (row.mark != 0 || skipped_domains_.contains(row.domain)) return false;
-  return reaches_minimums(row);
-}
-
-bool ToplistFilters::reaches_minimums(const TradeRow& row) const {
-  for (std::size_t i = 0; i < kMinimums.size(); ++i) {
-    if (minimums_[i] != kMinimumOff && kMinimums[i].figure(row) < minimums_[i]) return false;
+  if (file.read(*path)) {
+    parse_group(file.text(), members_);
+  } else {
+    unopened_groups_.push_back(*path);
   }
-  return true;
+}
+
+std::string_view ToplistFilters::dropped_by(const TradeRow& row) const {
+  if (!domains_.empty() && !domains_.contains(row.domain)) return kDomainsKey;
+  if (!members_.empty() && !members_.contains(row.id)) return kGroupKey;
+  if (row.mark != 0) return kThumbnailFilter;
+  if (skipped_domains_.contains(row.domain)) return kSkippedDomainsKey;
+  return missed_minimum(row);
+}
+
+std::string_view ToplistFilters::missed_minimum(const TradeRow& row) const {
+  for (std::size_t i = 0; i < kMinimums.size(); ++i) {
+    if (minimums_[i] != kMinimumOff && kMinimums[i].figure(row) < minimums_[i]) {
+      return kMinimums[i].key;
+    }
+  }
+  return {};
 }
 
 ToplistFilters filters_of(std::string_view template_path,
                           std::span<const ToplistSetting> settings) {
+  const std::string_view template_name = template_path.substr(kTemplateFolder.size());
   ToplistFilters filters;
   for (const ToplistSetting& setting : settings) {
-    if (path_of_template(setting.template_name) == template_path) {
-      filters.apply(setting);
-    }
+    if (setting.template_name == template_name) filters.apply(setting);
   }
   return filters;
+}
+
+void parse_domains(std::string value, TextColumn& domains) {
+  if (value.size() < kShortestListValue) return;
+  std::replace(value.begin(), value.end(), '\n', ',');
+  std::replace(value.begin(), value.end(), '\r', ',');
+  std::erase(value, ' ');
+  FieldReader items(value, ',');
+  for (std::string_view item; items.next(item);) {
+    if (item.size() >= kShortestListItem) domains.append(std::string(item));
+  }
 }
 
 void parse_group(std::string_view text, TextColumn& members) {

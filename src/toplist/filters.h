@@ -3,9 +3,11 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "run/trade_row.h"
 #include "toplist/definitions.h"
@@ -15,6 +17,21 @@ namespace toplist {
 
 inline constexpr std::size_t kMinimumCount = 14;
 inline constexpr std::int32_t kMinimumOff = -1;
+
+/// The keys of settings that are not minimums.
+inline constexpr std::string_view kDomainsKey = "domains";
+inline constexpr std::string_view kSkippedDomainsKey = "skipdomains";
+inline constexpr std::string_view kGroupKey = "group";
+
+/// Whether ToplistFilters::apply() knows the key of a setting, and whether it is that of a minimum.
+bool is_setting_key(std::string_view key);
+bool is_minimum_key(std::string_view key);
+
+/// The file that a value of "group" names; nothing when the value restricts nothing.
+std::optional<std::string> group_path(std::string_view value);
+
+/// What ToplistFilters::dropped_by() says of a row that has no thumbnail but needs one.
+inline constexpr std::string_view kThumbnailFilter = "thumbnail";
 
 /// Which ranked rows one toplist shows. Fresh filters admit every row.
 class ToplistFilters {
@@ -27,25 +44,36 @@ class ToplistFilters {
   /// - "domains", "skipdomains": domains separated by "," or line breaks, in a value of at least 4
   ///   characters; items below 3 characters are dropped.
   /// - "group": the name of a file "d/gr/<name>" (see parse_group()); empty or "*" restricts
-  ///   nothing. One that cannot be opened is logged and restricts nothing.
+  ///   nothing. One that cannot be opened restricts nothing either, see unopened_groups().
   /// Lists accumulate over settings. Unknown keys are ignored.
   void apply(const ToplistSetting& setting);
 
   /// Whether the toplist shows the row. Rows with a `mark` count as skipped domains.
-  [[nodiscard]] bool admit(const TradeRow& row) const;
+  [[nodiscard]] bool admit(const TradeRow& row) const { return dropped_by(row).empty(); }
+
+  /// The key of the first setting that keeps the row from being shown, or kThumbnailFilter; empty
+  /// when nothing does. A view of static text.
+  [[nodiscard]] std::string_view dropped_by(const TradeRow& row) const;
+
+  /// Paths of the groups that could not be opened, in the order of the settings.
+  [[nodiscard]] const std::vector<std::string>& unopened_groups() const { return unopened_groups_; }
 
  private:
-  void add_group(std::string name);
-  [[nodiscard]] bool reaches_minimums(const TradeRow& row) const;
+  void add_group(std::string_view value);
+  [[nodiscard]] std::string_view missed_minimum(const TradeRow& row) const;
 
   std::array<std::int32_t, kMinimumCount> minimums_;
   TextColumn domains_;
   TextColumn skipped_domains_;
   TextColumn members_;  ///< Trade ids as decimal text.
+  std::vector<std::string> unopened_groups_;
 };
 
 /// The filters of the toplist with this template path, from all settings of "d/tl/tl.ext".
 ToplistFilters filters_of(std::string_view template_path, std::span<const ToplistSetting> settings);
+
+/// Appends the items of a "domains" or "skipdomains" value to `domains`.
+void parse_domains(std::string value, TextColumn& domains);
 
 /// Appends the members of a group to `members`. A group file holds fields separated by "|", 13 to a
 /// record, counted across line breaks; field 1 is the trade's id. The first record is a header.

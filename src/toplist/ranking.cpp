@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 namespace toplist {
 namespace {
@@ -27,7 +28,7 @@ std::int32_t further_of(const PeriodBlock& block) {
 }
 
 /// The kinds in the order of the order-by values. "ctg" comes before "ctt" here, although it comes
-/// after it in a block: that is how the values have always been numbered.
+/// after it in a block. Meant: that is how the values have always been numbered.
 constexpr std::array<Figure, 15> kKinds{
     counter_of<&PeriodBlock::rin>,
     counter_of<&PeriodBlock::uin>,
@@ -47,16 +48,21 @@ constexpr std::array<Figure, 15> kKinds{
 };
 
 constexpr std::size_t kOrderValueCount = kPeriodCount * kKinds.size();
-constexpr std::size_t kFallbackValue = 16;   ///< rin24
-constexpr std::size_t kAscendingValue = 57;  ///< out99 per rin99: the lowest comes first.
+constexpr std::size_t kFallbackValue = 16;  ///< rin24
+constexpr std::size_t kAscendingValue =
+    57;  ///< out99 per rin99: the lowest comes first, on purpose.
 
-/// 1 to 60. Only the exact decimal text counts, so "05" falls back as well.
-std::size_t order_value(std::string_view order_by) {
+/// 1 to 60. Only the exact decimal text counts, so "05" is none.
+std::optional<std::size_t> exact_order_value(std::string_view order_by) {
   std::size_t value = 0;
   const char* end = order_by.data() + order_by.size();
   const auto parsed = std::from_chars(order_by.data(), end, value);
   const bool exact = parsed.ec == std::errc() && parsed.ptr == end && order_by.front() != '0';
-  return exact && value <= kOrderValueCount ? value : kFallbackValue;
+  return exact && value <= kOrderValueCount ? std::optional(value) : std::nullopt;
+}
+
+std::size_t order_value(std::string_view order_by) {
+  return exact_order_value(order_by).value_or(kFallbackValue);
 }
 
 std::int32_t figure(const TradeRow& row, std::size_t value) {
@@ -75,9 +81,7 @@ struct SortEntry {
 
 }  // namespace
 
-std::int32_t order_figure(const TradeRow& row, std::string_view order_by) {
-  return figure(row, order_value(order_by));
-}
+bool is_order_value(std::string_view order_by) { return exact_order_value(order_by).has_value(); }
 
 bool rowBefore(const TradeRow& a, const TradeRow& b) {
   const std::size_t value = order_value(a.order_key);

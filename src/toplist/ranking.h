@@ -8,14 +8,14 @@
 
 namespace toplist {
 
-/// The figure by which an order-by value ranks a row.
-///
-/// Values "1" to "60" are four periods (60, 24, 07, 99) of fifteen kinds: rin, uin, out, clk, cef,
-/// ctg, ctt, the five ratios, the three further values. Any other text ranks by rin24.
-std::int32_t order_figure(const TradeRow& row, std::string_view order_by);
+/// Whether the value is one of "1" to "60", in just that spelling.
+bool is_order_value(std::string_view order_by);
 
 /// Whether row `a` stands before row `b`: the greater figure does, but under "57" (out99 per rin99)
 /// the smaller one. The order-by value is that of `a`.
+///
+/// Values "1" to "60" are four periods (60, 24, 07, 99) of fifteen kinds: rin, uin, out, clk, cef,
+/// ctg, ctt, the five ratios, the three further values. Any other text ranks by rin24.
 ///
 /// Ratios are computed from the counters, not taken from the stored percentages, which a trade cut
 /// short in "d/t/sum" does not have.

@@ -1,5 +1,6 @@
 #include "toplist/toplist_stage.h"
 
+#include <string>
 #include <vector>
 
 #include "render/render.h"
@@ -12,15 +13,6 @@
 
 namespace toplist {
 namespace {
-
-constexpr const char* kDefinitionsPath = "d/tl/tl";
-constexpr const char* kSettingsPath = "d/tl/tl.ext";
-
-bool read_or_log(const char* path, FileBuffer& file) {
-  if (file.read(path)) return true;
-  log_unopened_file(path, Severity::run_ends);
-  return false;
-}
 
 /// Finds the trades without a thumbnail; false when that ends the stage.
 bool check_thumbnails(const HarvestConfig& config, std::span<TradeRow> rows) {
@@ -43,14 +35,14 @@ std::vector<const TradeRow*> admitted_rows(const std::vector<TradeRow*>& ranking
 
 void build_toplists(std::span<TradeRow> rows, const HarvestConfig& config) {
   FileBuffer definitions_file;
-  if (!read_or_log(kDefinitionsPath, definitions_file)) return;
+  if (!read_or_log(kDefinitionsPath, Severity::run_ends, definitions_file)) return;
   const auto definitions = parse_definitions(definitions_file.text());
   if (definitions.empty()) return;
 
   pick_alternatives(rows);
 
   FileBuffer settings_file;
-  if (!read_or_log(kSettingsPath, settings_file)) return;
+  if (!read_or_log(kSettingsPath, Severity::run_ends, settings_file)) return;
   const auto settings = parse_settings(settings_file.text());
 
   if (!check_thumbnails(config, rows)) return;
@@ -64,7 +56,11 @@ void build_toplists(std::span<TradeRow> rows, const HarvestConfig& config) {
     if (!may_be_built(definition)) continue;
     rank_rows(ranking, definition.order_by);
     const ToplistFilters filters = filters_of(definition.template_path, settings);
+    for (const std::string& group : filters.unopened_groups()) {
+      log_unopened_file(group, Severity::run_goes_on);
+    }
     const auto shown = admitted_rows(ranking, filters);
+    // A missing template or page keeps all later toplists from being rendered, on purpose.
     if (!render_toplist(definition.template_path, definition.output_path, shown)) return;
   }
 }

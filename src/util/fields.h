@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <string_view>
 
@@ -41,5 +42,14 @@ class FieldReader {
   std::string_view rest_;
   char separator_;
 };
+
+/// Takes up to N fields; returns how many there were. The rest of `record` is left empty.
+template <std::size_t N>
+std::size_t next_record(FieldReader& fields, std::array<std::string_view, N>& record) {
+  record = {};
+  std::size_t count = 0;
+  while (count < N && fields.next(record[count])) ++count;
+  return count;
+}
 
 }  // namespace toplist

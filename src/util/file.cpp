@@ -9,7 +9,7 @@
 namespace toplist {
 namespace {
 
-constexpr std::size_t kSmallestBufferBytes = 64 * 1024;
+constexpr std::size_t kSmallestBufferBytes = 64UL * 1024;
 
 }  // namespace
 
@@ -28,13 +28,14 @@ std::size_t read_fully(int fd, char* bytes, std::size_t size) {
   return done;
 }
 
-void write_fully(int fd, std::string_view bytes) {
+bool write_fully(int fd, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t count = ::write(fd, bytes.data(), bytes.size());
     if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return;
+    if (count <= 0) return false;
     bytes.remove_prefix(static_cast<std::size_t>(count));
   }
+  return true;
 }
 
 std::size_t regular_file_size(int fd) {

@@ -15,8 +15,9 @@ UniqueFd open_for_reading(const std::string& path);
 /// Reads until `size` bytes have come, the file ends or a read fails; returns how many came.
 std::size_t read_fully(int fd, char* bytes, std::size_t size);
 
-/// Writes all of `bytes`; a failure ends it silently, as nobody would be there to be told.
-void write_fully(int fd, std::string_view bytes);
+/// Writes all of `bytes`; false when a failure has ended it. A run ignores that: nobody would be
+/// there to be told.
+bool write_fully(int fd, std::string_view bytes);
 
 /// Size in bytes of the open regular file; 0 for anything else, as a directory reports an absurd
 /// one.
@@ -29,11 +30,15 @@ bool write_file(const std::string& path, std::string_view bytes);
 /// The bytes of one file at a time, read whole into a buffer that the next read() reuses.
 class FileBuffer {
  public:
+  FileBuffer() = default;
+  FileBuffer(const FileBuffer&) = delete;
+  FileBuffer& operator=(const FileBuffer&) = delete;
+
   /// Replaces the text by the file's contents. A read failure counts as the end of the file.
   /// False, with an empty text, when the file cannot be opened.
   bool read(const std::string& path);
 
-  /// Valid until the next read() and while this object lives, also after it has been moved.
+  /// Valid until the next read() and while this object lives.
   [[nodiscard]] std::string_view text() const noexcept { return {bytes_.data(), size_}; }
 
  private:
