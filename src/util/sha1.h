@@ -29,8 +29,8 @@ void sha1_final(Sha1Context& context);
 
 /// Feeds the contents of the file at `path` into `context`, up to the size it has when opened.
 /// Returns 0 when `path` is null or the file cannot be opened, otherwise 1. A directory counts as
-/// an empty file. The results of reads are not checked: a file that shrinks meanwhile is hashed
-/// with what the short reads left in the buffer.
+/// an empty file. The results of reads are not checked: a file that shrinks meanwhile is hashed as
+/// if read in blocks of 8000 bytes, with what the short reads leave in the block.
 int sha1_file(Sha1Context& context, const char* path);
 
 std::string sha1_digest_text(const std::array<unsigned char, 20>& digest, DigestText mode);
