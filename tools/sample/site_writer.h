@@ -54,7 +54,7 @@ struct Definition {
   std::string output_path;    ///< relative to the site's root
   std::string order_by;       ///< "1" to "60"
   std::string mode = "1";     ///< "1": built only with the right check value; "2": always
-  std::string check;          ///< SHA-1 of the template in 40 hexadecimal digits
+  std::string check = {};     ///< SHA-1 of the template in 40 hexadecimal digits
 };
 
 /// "d/tl/tl": 9 fields per toplist, one toplist per line.
