@@ -1,6 +1,7 @@
 // Runs one fuzz target over saved inputs: the files named, and all files in the folders named.
 
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -15,6 +16,10 @@ namespace fs = std::filesystem;
 
 void replay(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
+  if (!file) {
+    std::cerr << "cannot open " << path << '\n';
+    std::exit(1);
+  }
   const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
   std::cout << path.filename().string() << ": " << bytes.size() << " bytes" << std::endl;
   LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
@@ -36,5 +41,5 @@ int main(int argc, char** argv) {
     }
   }
   std::cout << replayed << " inputs replayed\n";
-  return replayed > 0 ? 0 : 1;
+  return replayed > 0 ? 0 : 1;  // a folder without inputs is a mistake
 }

@@ -12,6 +12,7 @@ namespace {
 
 void harvest_group(std::span<TradeRecord> group, HarvestThread thread) {
   std::vector<pthread_t> started;
+  started.reserve(group.size());
   for (TradeRecord& trade : group) {
     pthread_t handle{};
     if (::pthread_create(&handle, nullptr, thread, &trade) == 0) started.push_back(handle);

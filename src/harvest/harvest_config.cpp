@@ -1,5 +1,7 @@
 #include "harvest/harvest_config.h"
 
+#include <cstdint>
+
 #include "util/fields.h"
 #include "util/number.h"
 

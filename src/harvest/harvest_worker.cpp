@@ -72,6 +72,7 @@ class Harvest {
   void store_thumbnail(std::string& image) const {
     if (contains(domain_, "/")) return;  // it would leave the thumbnail directory
     if (config_.fetch_method() == kRawHttpMethod) remove_response_head(image);
+    // Whether or not it can be written, on purpose: the tool may work on what is there already.
     write_file(config_.thumb_dir() + domain_ + kPictureSuffix, image);
     run_shell_command(image_tool_command(config_, url_host_, domain_));
   }

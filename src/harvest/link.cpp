@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "util/text.h"
 
@@ -11,7 +12,6 @@ namespace toplist {
 namespace {
 
 constexpr std::string_view kScheme = "http://";
-constexpr std::string_view kAnchorEnd = "</a>";
 
 void remove_prefix(std::string& text, std::string_view prefix) {
   if (text.starts_with(prefix)) text.erase(0, prefix.size());
@@ -26,7 +26,7 @@ void remove_quotes(std::string& text, char quote) {
     if (text[i] == quote && ++i == text.size()) break;
     result += text[i];
   }
-  text = result;
+  text = std::move(result);
 }
 
 /// The text between `name` and the nearest blank or ">", as of the first `name` in `tag`. Only the
@@ -43,9 +43,9 @@ std::optional<std::string_view> attribute_value(std::string_view tag, std::strin
 /// The chunk's first link, from "<a " up to and including the "</a>".
 std::optional<std::string_view> first_anchor(std::string_view chunk) {
   chunk.remove_prefix(std::min(chunk.find("<a "), chunk.size()));
-  const std::size_t end = chunk.find(kAnchorEnd);
+  const std::size_t end = chunk.find(kLinkEnd);
   if (end == std::string_view::npos) return std::nullopt;
-  return chunk.substr(0, end + kAnchorEnd.size());
+  return chunk.substr(0, end + kLinkEnd.size());
 }
 
 /// Whether the link may lead to a picture of the trade: no script, and no other site's by
@@ -78,6 +78,7 @@ std::string pick_thumbnail_link(std::string chunk, const std::string& host) {
   lower_case(chunk);
   remove_quotes(chunk, '"');
   remove_quotes(chunk, '\'');
+  // One blank goes. A second one then makes the value empty, which is meant.
   replace_all(chunk, "src= ", "src=");
   replace_all(chunk, "href= ", "href=");
 

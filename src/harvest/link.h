@@ -1,8 +1,12 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace toplist {
+
+/// Ends a link, and so a slice of a page.
+inline constexpr std::string_view kLinkEnd = "</a>";
 
 /// The bare host of an address: without "https://", then "http://", then "www." in front, and up to
 /// the first "/" or "?". Letter case and a port stay. Works on its own copy of the text.

@@ -10,7 +10,6 @@
 namespace toplist {
 namespace {
 
-constexpr std::string_view kLinkEnd = "</a>";
 constexpr std::string_view kHeadEnd = "\r\n\r\n";
 
 constexpr int kMostPasses = 10;

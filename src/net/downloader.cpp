@@ -2,8 +2,6 @@
 
 #include <unistd.h>
 
-#include <cstdlib>
-
 #include "util/file.h"
 #include "util/shell.h"
 #include "util/text.h"

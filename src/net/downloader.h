@@ -29,8 +29,9 @@ std::string download_command(const Downloader& downloader, std::string_view temp
 /// Inside double quotes the shell acts upon these.
 inline constexpr std::string_view kShellSpecials = "\\$`\"";
 
-inline constexpr Downloader kCurl{"curl -S --connect-timeout 3 -o ",
-                                  "\\$`\"[]{}"};  // brackets: it would fetch many addresses
+inline constexpr Downloader kCurl{
+    "curl -S --connect-timeout 3 -o ",
+    "\\$`\"[]{}"};  // kShellSpecials, and brackets: it would fetch many addresses
 inline constexpr Downloader kFetch{"fetch -q -T3 -o ", kShellSpecials};
 inline constexpr Downloader kWget{"wget -q -T3 -t1 -O ", kShellSpecials};
 

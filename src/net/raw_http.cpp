@@ -120,6 +120,9 @@ std::string receive_response(int fd) {
 }
 
 void send_request(int fd, std::string_view request) {
+  // A page may name an address of megabytes, on a peer that never reads it.
+  const timeval limit{kSendTimeoutSeconds, 0};
+  ::setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
   // The result is of no interest: without a response the wait for it ends the fetch. A peer that
   // has gone must not end the run by a signal.
   while (::send(fd, request.data(), request.size(), MSG_NOSIGNAL) < 0 && errno == EINTR) {
@@ -134,8 +137,8 @@ std::string raw_http_request(std::string_view host, std::string_view url) {
   std::string request = "GET ";
   if (!url.starts_with('/')) request += '/';
   request += url;
-  // Bare line feeds up to the last line, and always "www.": that is how the trades' servers know
-  // this client.
+  // Bare line feeds up to the last line, and "www." in front of any host, be it an IP address: both
+  // are meant. That is how the trades' servers know this client.
   request += " HTTP/1.0\nHost: www.";
   request += host;
   request +=

@@ -9,8 +9,9 @@ namespace toplist {
 
 inline constexpr std::uint16_t kHttpPort = 80;
 
-/// How long a connection, and then the first byte of the response, may take.
+/// How long a connection, sending the request and then the first byte of the response may take.
 inline constexpr int kConnectTimeoutSeconds = 2;
+inline constexpr int kSendTimeoutSeconds = 2;
 inline constexpr int kFirstByteTimeoutSeconds = 2;
 
 /// Reading stops when the response has reached this size...
