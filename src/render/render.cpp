@@ -69,7 +69,7 @@ std::optional<std::size_t> expand_tags(std::string_view line, RankedRows rows, s
     if (left < kShortTagLength) return column;
 
     const std::optional<Tag> tag = read_tag(text.substr(mark));
-    if (watcher != nullptr) (*watcher)(text.substr(mark), tag);
+    if (watcher != nullptr) (*watcher)({text.substr(mark), column, left > untouched, tag});
     if (!tag) {
       // Meant: only the pass limit ends the search for a tag that never goes away.
       passes = std::max(passes, kPassLimit) + 1;

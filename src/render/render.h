@@ -28,9 +28,14 @@ class BlockState {
   bool inside_ = false;
 };
 
-/// Is shown every tag before it is expanded: the line from the tag's "%%" on, with what values
-/// have put into it so far, and the tag, or nothing when it is malformed.
-using TagWatcher = std::function<void(std::string_view text, const std::optional<Tag>& tag)>;
+/// A tag that is about to be expanded.
+struct TagInLine {
+  std::string_view text;   ///< The line from the tag's "%%" on, values put in; valid for the call.
+  std::size_t column;      ///< From 1, in the template line.
+  bool from_value;         ///< A value brought it in; the column is that of the value's own tag.
+  std::optional<Tag> tag;  ///< Nothing when it is malformed.
+};
+using TagWatcher = std::function<void(const TagInLine&)>;
 
 /// Expands the tags of one template line and appends the result to `page`.
 ///

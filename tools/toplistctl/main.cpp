@@ -4,18 +4,32 @@
 #include <exception>
 
 #include "toplistctl/commands.h"
+#include "toplistctl/site_option.h"
 
 namespace {
 
-constexpr auto kCommands = {toplist::ctl::add_sample_command};
+using namespace toplist::ctl;
+
+constexpr auto kCommands = {add_check_command, add_show_command, add_digest_command,
+                            add_sample_command};
+
+/// Adds --version to the command and to all below it.
+void add_version_flag(CLI::App& app) {
+  app.set_version_flag("--version", "toplistctl " TOPLIST_VERSION);
+  for (CLI::App* command : app.get_subcommands({})) add_version_flag(*command);
+}
 
 int run(int argc, char** argv) {
   CLI::App app("Companion of the toplist builder");
-  app.set_version_flag("--version", "toplistctl " TOPLIST_VERSION);
   app.require_subcommand(1);
   int exit_status = 0;
   for (const auto add_command : kCommands) add_command(app, exit_status);
-  CLI11_PARSE(app, argc, argv);
+  add_version_flag(app);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : kCouldNotLook;  // 0: help or version
+  }
   return exit_status;
 }
 
@@ -26,6 +40,6 @@ int main(int argc, char** argv) {
     return run(argc, argv);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "toplistctl: %s\n", error.what());
-    return 1;
+    return kCouldNotLook;
   }
 }

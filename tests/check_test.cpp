@@ -1,0 +1,432 @@
+// What toplistctl finds out about a site, and that a run agrees.
+
+#include "toplistctl/check/check.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+#include <string>
+#include <utility>
+
+#include "support/site.h"
+#include "toplistctl/check/report.h"
+#include "toplistctl/digest.h"
+#include "toplistctl/show/show.h"
+#include "util/sha1.h"
+
+namespace toplist::test {
+namespace {
+
+using namespace toplist::ctl;
+
+constexpr std::size_t kRecordBytes = 996;
+
+/// Works in the site's root as long as it lives.
+class InSite {
+ public:
+  explicit InSite(const Site& site) : before_(std::filesystem::current_path()) {
+    std::filesystem::current_path(site.path(""));
+  }
+  ~InSite() { std::filesystem::current_path(before_); }
+  InSite(const InSite&) = delete;
+  InSite& operator=(const InSite&) = delete;
+
+ private:
+  std::filesystem::path before_;
+};
+
+Findings findings_in(const Site& site) {
+  const InSite in_site(site);
+  return check_site(SiteData());
+}
+
+/// One finding per line: kind, file, place.
+std::string summary(const Findings& findings) {
+  std::string text;
+  for (const Finding& finding : findings) {
+    text += std::string(finding.kind->name) + " " + finding.file;
+    const std::string place = finding.place.text();
+    text += (place.empty() ? "" : ", " + place) + "\n";
+  }
+  return text;
+}
+
+/// What a run does with the page "top.html".
+enum class Run {
+  builds,   ///< without a word
+  logs,     ///< and logs something
+  leaves,   ///< does not build it, without a word
+  ends,     ///< does not build it and logs why
+  aborts,   ///< ends abnormally
+  not_run,  ///< not tried, as it would use the network
+};
+
+Run run_of(const Site& site) {
+  if (site.start({}).signal == SIGABRT) return Run::aborts;
+  const bool logged = !site.log().empty();
+  if (site.read("top.html").empty()) return logged ? Run::ends : Run::leaves;
+  return logged ? Run::logs : Run::builds;
+}
+
+/// A site whose check is clean; it has one toplist.
+struct CleanSite : Site {
+  CleanSite() { add_toplist("top", "%%tid_000%%: %%att00_011%%\n"); }
+
+  void append(const std::string& name, const std::string& text) const {
+    write(name, read(name) + text);
+  }
+
+  void replace(const std::string& name, const std::string& from, const std::string& to) const {
+    std::string text = read(name);
+    const std::size_t at = text.find(from);
+    ASSERT_NE(at, std::string::npos) << from << " in " << name;
+    write(name, text.replace(at, from.size(), to));
+  }
+
+  void configure(const site::HarvestFile& values) const {
+    write("d/tl/vantaig", site::encode_harvest_file(values));
+  }
+
+  /// Adds the toplist "x" with this template, order-by value, mode and page.
+  void define(const std::string& order_by, const std::string& mode, const std::string& page) const {
+    write("d/tl/x.tpl", "x\n");
+    add_definition({"x.tpl", page, order_by, mode, sha1_file_hex(path("d/tl/x.tpl"))});
+  }
+};
+
+struct Fault {
+  const char* found;  ///< as in summary(), without the last line's end
+  Run run;
+  void (*plant)(const CleanSite& site);
+};
+
+// The toplist "top" stands in front of what the faults of other toplists stop.
+const Fault kFaults[] = {
+    {"", Run::builds, [](const CleanSite&) {}},
+
+    // --- files and folders ---
+    {"missing-file d/tl/vantaig", Run::ends, [](const CleanSite& s) { s.remove("d/tl/vantaig"); }},
+    {"missing-file d/tl/tl.a1", Run::ends, [](const CleanSite& s) { s.remove("d/tl/tl.a1"); }},
+    {"missing-file d/t/sum", Run::ends, [](const CleanSite& s) { s.remove("d/t/sum"); }},
+    {"missing-file d/tl/tl", Run::ends, [](const CleanSite& s) { s.remove("d/tl/tl"); }},
+    {"missing-file d/tl/tl.ext", Run::ends, [](const CleanSite& s) { s.remove("d/tl/tl.ext"); }},
+    {"missing-file d/t/index", Run::ends, [](const CleanSite& s) { s.remove("d/t/index"); }},
+    {"log-folder l/sys", Run::builds, [](const CleanSite& s) { s.remove("l/sys"); }},
+
+    // --- the trade database ---
+    {"too-few-records d/t/index\n"
+     "unknown-sum-id d/t/sum, record 10\n"
+     "unknown-sum-id d/t/sum, record 11\n"
+     "unknown-sum-id d/t/sum, record 12\n"
+     "rank-beyond-list d/tl/top.tpl, line 1, column 14",
+     Run::ends,
+     [](const CleanSite& s) {
+       s.write("d/t/index", s.read("d/t/index").substr(0, 9 * kRecordBytes));
+     }},
+    {"cut-record d/t/index, record 13", Run::builds,
+     [](const CleanSite& s) { s.append("d/t/index", "x"); }},
+    {"no-active-trades d/t/index", Run::leaves,
+     [](const CleanSite& s) {
+       std::string index = s.read("d/t/index");
+       for (std::size_t at = 824; at < index.size(); at += kRecordBytes) index[at] = 2;
+       s.write("d/t/index", index);
+     }},
+    {"duplicate-id d/t/index, record 13\n"
+     "duplicate-sum-id d/t/sum, record 13",
+     Run::builds, [](const CleanSite& s) { s.add_trade({.id = 101, .domain = "new.example"}); }},
+    {"duplicate-domain d/t/index, record 13", Run::builds,
+     [](const CleanSite& s) { s.add_trade({.id = 99, .domain = "t01.example"}); }},
+    {"", Run::builds,
+     [](const CleanSite& s) { s.add_trade({.id = 99, .domain = "t01.example", .status = 0}); }},
+    {"bad-domain d/t/index, record 13", Run::builds,
+     [](const CleanSite& s) { s.add_trade({.id = 99, .domain = ""}); }},
+
+    // --- figures and columns ---
+    {"unknown-sum-id d/t/sum, record 1\nno-sum-record d/t/sum", Run::builds,
+     [](const CleanSite& s) { s.replace("d/t/sum", "|101|", "|0101|"); }},
+    {"sum-fields d/t/sum, line 3", Run::builds,
+     [](const CleanSite& s) { s.replace("d/t/sum", "|103|", "|103|0|"); }},
+    {"sum-fields d/t/sum, line 13", Run::builds,
+     [](const CleanSite& s) { s.append("d/t/sum", "sum|113|"); }},
+    {"missing-history d/h/t02.example.his", Run::logs,
+     [](const CleanSite& s) { s.remove("d/h/t02.example.his"); }},
+    {"history-fields d/h/t02.example.his, line 1", Run::builds,
+     [](const CleanSite& s) {
+       const std::string ten = "1|2|3|4|5|6|7|8|9|10|\n";
+       s.write("d/h/t02.example.his", ten + ten + ten);  // thirty fields, but not one record
+     }},
+    {"short-header d/tl/tl.a1, line 1", Run::builds,
+     [](const CleanSite& s) { s.write("d/tl/tl.a1", "x|domain|\nx|t01.example|\n"); }},
+    {"column-fields d/tl/tl.a1, line 3", Run::builds,
+     [](const CleanSite& s) { s.replace("d/tl/tl.a1", "Title 02|", "Title|02|"); }},
+    {"no-columns d/tl/tl.a1", Run::builds,
+     [](const CleanSite& s) { s.replace("d/tl/tl.a1", "t02.example", "t2.example"); }},
+    {"mark-in-value d/tl/tl.a1", Run::builds,
+     [](const CleanSite& s) { s.replace("d/tl/tl.a1", "Title 02", "100%%"); }},
+
+    // --- configuration and thumbnails ---
+    {"short-configuration d/tl/vantaig, line 3\nmissing-thumbnail l/thumbs/", Run::builds,
+     [](const CleanSite& s) {
+       for (int i = 1; i <= 11; ++i) {
+         s.write("l/thumbs/t" + std::string(i < 10 ? "0" : "") + std::to_string(i) + ".example.jpg",
+                 "");
+       }
+       s.write("d/tl/vantaig", "l/thumbs/\n\n\n");
+     }},
+    {"carriage-return d/tl/vantaig, line 6", Run::builds,
+     [](const CleanSite& s) { s.configure({.thumbnail_optional = "1\r"}); }},
+    {"thumbnail-folder l/none/", Run::leaves,
+     [](const CleanSite& s) { s.configure({.thumb_dir = "l/none/", .thumbnail_optional = "0"}); }},
+    {"harvest-folder l/none\nthumbnail-slash d/tl/vantaig, line 1\n"
+     "harvest-folder l/sys/net/",
+     Run::not_run,
+     [](const CleanSite& s) {
+       s.configure({.thumb_dir = "l/none", .fetch_method = "3", .harvest = "24"});
+     }},
+    {"long-configuration d/tl/vantaig, line 8\nunknown-fetch-method d/tl/vantaig, line 5",
+     Run::not_run,
+     [](const CleanSite& s) {
+       s.configure({.fetch_method = "4", .harvest = "1"});
+       s.append("d/tl/vantaig", "more\n");
+     }},
+
+    // --- definitions ---
+    {"definition-fields d/tl/tl, line 2\nno-toplists d/tl/tl", Run::leaves,
+     [](const CleanSite& s) { s.append("d/tl/tl", "list|x.tpl|"); }},
+    {"no-toplists d/tl/tl", Run::leaves, [](const CleanSite& s) { s.write("d/tl/tl", ""); }},
+    {"definition-fields d/tl/tl, line 1\nno-toplists d/tl/tl", Run::leaves,
+     [](const CleanSite& s) { s.replace("d/tl/tl", "|1|1|", "||1|1|"); }},
+    {"build-mode d/tl/tl, record 2", Run::builds,
+     [](const CleanSite& s) { s.define("1", "3", "x.html"); }},
+    {"check-value d/tl/tl, record 1", Run::leaves,
+     [](const CleanSite& s) { s.append("d/tl/top.tpl", "changed\n"); }},
+    {"missing-template d/tl/tl, record 1", Run::ends,
+     [](const CleanSite& s) {
+       s.write("d/tl/tl", "");
+       s.add_definition({"top.tpl", "top.html", "1", "2", ""});
+       s.remove("d/tl/top.tpl");
+     }},
+    {"order-by d/tl/tl, record 2", Run::builds,
+     [](const CleanSite& s) { s.define("05", "1", "x.html"); }},
+    {"output d/tl/tl, record 2", Run::logs,
+     [](const CleanSite& s) { s.define("1", "1", "none/x.html"); }},
+    {"duplicate-output d/tl/tl, record 2", Run::builds,
+     [](const CleanSite& s) { s.define("1", "1", "top.html"); }},
+    {"empty-toplist d/tl/tl, record 1", Run::builds,
+     [](const CleanSite& s) { s.add_setting("top", "rin60=9999"); }},
+
+    // --- settings and groups ---
+    {"setting-fields d/tl/tl.ext, line 1", Run::builds,
+     [](const CleanSite& s) { s.write("d/tl/tl.ext", "set|top.tpl|"); }},
+    {"no-equals d/tl/tl.ext, record 1", Run::builds,
+     [](const CleanSite& s) { s.add_setting("top", "rin60"); }},
+    {"unknown-template d/tl/tl.ext, record 2", Run::builds,
+     [](const CleanSite& s) {
+       s.add_setting("top", "rin60=-1");
+       s.add_setting("other", "rin60=-1");
+     }},
+    {"unknown-key d/tl/tl.ext, record 1", Run::builds,
+     [](const CleanSite& s) { s.add_setting("top", "rin99=1"); }},
+    {"bad-number d/tl/tl.ext, record 1", Run::builds,
+     [](const CleanSite& s) { s.add_setting("top", "rin60=1,000"); }},
+    {"empty-list d/tl/tl.ext, record 1", Run::builds,
+     [](const CleanSite& s) { s.add_setting("top", "skipdomains=ab,cd"); }},
+    {"missing-group d/gr/none", Run::logs,
+     [](const CleanSite& s) { s.add_setting("top", "group=none"); }},
+    {"empty-group d/gr/g", Run::builds,
+     [](const CleanSite& s) {
+       s.add_setting("top", "group= g");
+       s.write("d/gr/g", site::encode_group("g", {}));
+     }},
+    {"group-fields d/gr/g, line 2\n", Run::builds,
+     [](const CleanSite& s) {
+       s.add_setting("top", "group=g");
+       s.write("d/gr/g", site::encode_group("g", {}) + "member|101|\n");
+     }},
+};
+
+TEST(Check, FindsEachFaultAndARunAgrees) {
+  for (const Fault& fault : kFaults) {
+    SCOPED_TRACE(fault.found);
+    const CleanSite site;
+    fault.plant(site);
+    const auto before = site.contents();
+    std::string expected = fault.found;
+    if (!expected.empty() && !expected.ends_with('\n')) expected += '\n';
+    const Findings findings = findings_in(site);
+    if (expected != "missing-file d/t/index\n") {
+      EXPECT_EQ(summary(findings), expected);
+    } else {  // nobody is left of whom the other files tell
+      EXPECT_TRUE(summary(findings).starts_with(expected)) << summary(findings);
+    }
+    EXPECT_EQ(site.contents(), before);
+    EXPECT_EQ(site.log(), "");
+    if (fault.run != Run::not_run) {
+      EXPECT_EQ(static_cast<int>(run_of(site)), static_cast<int>(fault.run));
+    }
+  }
+}
+
+struct TemplateFault {
+  const char* text;
+  const char* found;
+  bool aborts = false;
+};
+
+const TemplateFault kTemplateFaults[] = {
+    {"%%tid_000%% %%dom_001%%\r\n<tlxt>%%</tlxt>\n", ""},
+    {"a\n%%tid_000%% is 50%%\n", "stray-mark d/tl/top.tpl, line 2, column 18", true},
+    {"a\n%%tid_1%% of them all\n%%tid_000%% 9%%\n",
+     "malformed-tag d/tl/top.tpl, line 2, column 1\nstray-mark d/tl/top.tpl, line 3, column 14"},
+    {"%%tid_000%% %%TID_000%% %%rin_000%%\n%%TID_001%%\n",
+     "unknown-name d/tl/top.tpl, line 1, column 13\nunknown-name d/tl/top.tpl, line 1, column 25"},
+    {"%%tid_000%%%%dom_000%%\n",
+     "unknown-name d/tl/top.tpl, line 1, column 1\n"
+     "odd-rank d/tl/top.tpl, line 1, column 1"},
+    {"%%tid_011%% %%tid_012%% %%tid_999%%\n", "rank-beyond-list d/tl/top.tpl, line 1, column 13"},
+    {"%%tid_0 1%%\n", "odd-rank d/tl/top.tpl, line 1, column 1"},
+    {"%%att_000%%xx%%attic_000%%\n",
+     "odd-column d/tl/top.tpl, line 1, column 1\n"
+     "odd-column d/tl/top.tpl, line 1, column 14"},
+    {"%%att00_000%% %%att01_000%%\n", "missing-column d/tl/top.tpl, line 1, column 15"},
+    {"a\n<tlxt>\n<tlxt>\nb\n", "open-block d/tl/top.tpl, line 2"},
+};
+
+TEST(Check, FindsFaultsOfTemplatesWhereTheyAre) {
+  for (const TemplateFault& fault : kTemplateFaults) {
+    SCOPED_TRACE(fault.text);
+    const Site site;
+    site.add_toplist("top", fault.text);
+    const std::string found = summary(findings_in(site));
+    EXPECT_EQ(found, *fault.found == '\0' ? "" : fault.found + std::string("\n"));
+    EXPECT_EQ(site.run().signal, fault.aborts ? SIGABRT : 0);
+  }
+}
+
+TEST(Check, FindsAValueThatStopsTheRun) {
+  const Site site;
+  site.add_trade({.id = 99, .domain = "new.example", .columns = {"100%%", "", "", ""}});
+  site.add_setting("top", "domains=new.example");
+  site.add_toplist("top", "<b>%%tit_000%%\n");
+  EXPECT_EQ(summary(findings_in(site)),
+            "mark-in-value d/tl/tl.a1\nstray-mark d/tl/top.tpl, line 1, column 4\n");
+  EXPECT_EQ(site.run().signal, SIGABRT);
+}
+
+TEST(Check, FindsWhereTheTagsOfATemplateAreTooMany) {
+  std::string text;
+  for (int line = 0; line < 25000; ++line) text += "%%tid_000%% %%tid_001%%\n";
+  const Site site;
+  site.add_toplist("top", text);
+  EXPECT_EQ(summary(findings_in(site)), "");
+  site.write("d/tl/tl", "");
+  site.add_toplist("top", text + "%%tid_000%% %%tid_001%%\n");
+  EXPECT_EQ(summary(findings_in(site)), "too-many-tags d/tl/top.tpl, line 25001, column 13\n");
+  EXPECT_EQ(site.run(), RunResult{});
+  EXPECT_TRUE(site.read("top.html").ends_with("101 102\n101 %%tid_001%%\n"));
+}
+
+TEST(Check, TellsBothCheckValues) {
+  const CleanSite site;
+  const std::string stored = sha1_file_hex(site.path("d/tl/top.tpl"));
+  site.write("d/tl/top.tpl", "changed\n");
+  const Findings findings = findings_in(site);
+  ASSERT_EQ(findings.size(), 1U);
+  EXPECT_EQ(findings[0].message, "d/tl/top.tpl: check value \"" + stored +
+                                     "\", but the template's is \"" +
+                                     sha1_file_hex(site.path("d/tl/top.tpl")) + "\"");
+}
+
+TEST(Check, ReportsForPeopleAndPrograms) {
+  const Kind kind{"some-kind", Effect::log, "Do this."};
+  const Findings findings = {{&kind, "d/a\x1b", {.line = 3, .column = 14}, "bad \xff"},
+                             {&kind, "d/b", {}, "worse"}};
+  const CleanSite site;
+  const InSite in_site(site);
+  const SiteData data;
+  EXPECT_EQ(check_text(data, findings),
+            "FILE  PLACE              KIND       A RUN             WHAT\n"
+            "d/a?  line 3, column 14  some-kind  logs it, goes on  bad \xff\n"
+            "d/b                      some-kind  logs it, goes on  worse\n"
+            "\n"
+            "KIND       WHAT TO DO\n"
+            "some-kind  Do this.\n");
+  EXPECT_EQ(check_text(data, {}), "Nothing found: 12 trades, 12 of them active, and 1 toplist.\n");
+  EXPECT_EQ(check_json({findings[0]}),
+            "{\n  \"clean\": false,\n  \"findings\": [\n    {\n"
+            "      \"kind\": \"some-kind\",\n      \"effect\": \"log\",\n"
+            "      \"file\": \"d/a\\u001b\",\n      \"line\": 3,\n      \"column\": 14,\n"
+            "      \"message\": \"bad \xEF\xBF\xBD\",\n      \"advice\": \"Do this.\"\n"
+            "    }\n  ]\n}\n");
+}
+
+TEST(Show, ToplistsTellWhatDropsTrades) {
+  const CleanSite site;
+  site.add_toplist("few", "%%tid_000%% %%tid_001%% %%tid_004%% %%tid_004%%\n", "99");
+  site.add_setting("few", "group=g");
+  site.add_setting("few", "skipdomains=t01.example");
+  site.add_setting("few", "rin60=100");
+  site.write("d/gr/g", site::encode_group("g", std::array{101, 102, 103, 104}));
+  site.define("1", "0", "x.html");
+  const InSite in_site(site);
+  EXPECT_EQ(
+      show_toplists(SiteData(), Format::table),
+      "RECORD  TEMPLATE      PAGE        ORDER BY  BUILT     PASSING  PLACES  SHOWN  DROPPED BY\n"
+      "     1  d/tl/top.tpl  top.html           1  yes            12       2      2\n"
+      "     2  d/tl/few.tpl  few.html  99 (as 16)  yes             2       3      2  group 8, "
+      "rin60 "
+      "1, skipdomains 1\n"
+      "     3  d/tl/x.tpl    x.html             1  no: mode       12       0      0\n");
+}
+
+TEST(Show, LogIsDecoded) {
+  const std::string log =
+      "|200612312359|toplist|1|d&#47;h&#47;a&#39;b.his|0||||\n"
+      "|200701010000|other|7|x&#59;|y|1|&#60;|||\n"
+      "no line of a log\n";
+  EXPECT_EQ(show_log(log, Format::table),
+            "TIME              PROGRAM  WHAT         SUBJECT           IT       DETAIL\n"
+            "2006-12-31 23:59  toplist  cannot open  d/h/a'b.his       went on\n"
+            "2007-01-01 00:00  other    code 7       x;|y              gave up  <\n"
+            "                                        no line of a log\n");
+}
+
+TEST(Show, TradesStandAsInTheDatabase) {
+  const Site site({{.id = -7, .domain = "a.example"}, {.id = 12, .domain = "b", .status = 2}});
+  const InSite in_site(site);
+  EXPECT_EQ(show_trades(SiteData(), Format::table),
+            "RECORD  ID  STATUS  ACTIVE  DOMAIN     URL\n"
+            "     1  -7       1  yes     a.example  http://a.example/\n"
+            "     2  12       2  no      b          http://b/\n");
+}
+
+TEST(Digest, OnlyTheCheckValuesOfTheTemplateChange) {
+  const std::string text = "x|a|x|o|1|1|old|x|x|\r\ny|b|y|o|1|1|old|y|y|\n|a||o|1|2||z";
+  EXPECT_EQ(with_check_value(text, "a", "new"),
+            "x|a|x|o|1|1|new|x|x|\r\ny|b|y|o|1|1|old|y|y|\n|a||o|1|2|new|z");
+  EXPECT_EQ(with_check_value(text, "c", "new"), std::nullopt);
+  EXPECT_EQ(with_check_value("x|a|x|o|1|1|", "a", "new"), std::nullopt);
+}
+
+TEST(Digest, AFileIsReplacedUnderItsNameModeAndLink) {
+  const Site site;
+  site.write("d/real", "old");
+  ASSERT_EQ(::chmod(site.path("d/real").c_str(), 0640), 0);
+  std::filesystem::create_symlink("../real", site.path("d/tl/link"));
+  const auto before = site.contents();
+  ASSERT_EQ(replace_file(site.path("d/tl/link"), "new and longer"), 0);
+  EXPECT_EQ(site.read("d/real"), "new and longer");
+  EXPECT_TRUE(std::filesystem::is_symlink(site.path("d/tl/link")));
+  struct stat status {};
+  ASSERT_EQ(::stat(site.path("d/real").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777, 0640U);
+  EXPECT_EQ(site.contents().size(), before.size());  // no temporary file is left
+  EXPECT_EQ(replace_file(site.path("d/none"), "x"), ENOENT);
+}
+
+}  // namespace
+}  // namespace toplist::test

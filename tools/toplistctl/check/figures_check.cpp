@@ -1,0 +1,136 @@
+#include <array>
+#include <map>
+#include <set>
+#include <string>
+
+#include "toplistctl/check/check.h"
+#include "toplistctl/check/kinds.h"
+#include "toplistctl/check/records.h"
+#include "util/fields.h"
+#include "util/text.h"
+
+namespace toplist::ctl {
+namespace {
+
+constexpr std::size_t kHistoryFields = 30;
+constexpr std::size_t kSumFields = 44;
+
+/// Reports where the fields do not come in records of `size`; true when they do.
+bool check_fields(const Kind& kind, const SiteFile& file, std::size_t size, Findings& findings) {
+  const auto misfit = find_misfit(file.text(), size);
+  if (!misfit) return true;
+  findings.push_back({&kind,
+                      file.path(),
+                      {.line = misfit->line},
+                      "the line has " + std::to_string(misfit->fields) + " of " +
+                          std::to_string(size) + " fields"});
+  return false;
+}
+
+/// The numbers of all trades as "d/t/sum" is to spell them.
+std::set<std::string> ids_of(const std::vector<TradeRecord>& trades) {
+  std::set<std::string> ids;
+  for (const TradeRecord& trade : trades) ids.insert(std::to_string(trade.trade_id));
+  return ids;
+}
+
+/// The records of "d/t/sum" by the trade's number: the first one of each.
+using SumRecords = std::map<std::string_view, std::size_t>;
+
+SumRecords check_sum_ids(const SiteData& site, Findings& findings) {
+  const std::set<std::string> known = ids_of(site.trades);
+  SumRecords records;
+  FieldReader fields(site.sum_file.text());
+  std::array<std::string_view, kSumFields> record;
+  for (std::size_t number = 1; next_record(fields, record) == record.size(); ++number) {
+    const std::string id(record[1]);
+    const auto [first, is_new] = records.emplace(record[1], number);
+    if (!is_new) {
+      findings.push_back(
+          {&kinds::kDuplicateSumId,
+           kSumPath,
+           {.record = number},
+           "number " + in_quotes(id) + " also has record " + std::to_string(first->second)});
+    } else if (!known.contains(id)) {
+      findings.push_back({&kinds::kUnknownSumId,
+                          kSumPath,
+                          {.record = number},
+                          "number " + in_quotes(id) + " is no trade's"});
+    }
+  }
+  return records;
+}
+
+std::string name_of(const TradeRow& row) { return row.domain + " (number " + row.id + ")"; }
+
+/// A value that a template may show, in which a run would take a "%%" for a tag.
+void check_value(std::string_view value, std::string_view domain, Findings& findings) {
+  if (!contains(value, "%%")) return;
+  findings.push_back({&kinds::kMarkInValue,
+                      kExtraColumnsPath,
+                      {},
+                      in_quotes(value) + " of " + std::string(domain) + " holds \"%%\""});
+}
+
+void check_values(const ExtraColumnFields& fields, Findings& findings) {
+  const std::size_t size = fields.group_size();
+  for (std::size_t at = *fields.kept_in_header; at + size <= fields.kept.size(); at += size) {
+    for (std::size_t i = 1; i < size; ++i)
+      check_value(fields.kept[at + i], fields.kept[at], findings);
+  }
+}
+
+void check_rows_have_columns(const SiteData& site, Findings& findings) {
+  for (const TradeRow& row : site.rows) {
+    if (!row.extra_columns.empty()) continue;
+    findings.push_back({&kinds::kNoColumns, kExtraColumnsPath, {}, "no line for " + row.domain});
+  }
+}
+
+}  // namespace
+
+void check_columns(const SiteData& site, Findings& findings) {
+  if (!check_open(site.columns_file, findings)) return;
+  const ExtraColumnFields fields = read_extra_column_fields(site.columns_file.text());
+  if (fields.group_size() == 0) {
+    const std::string count = std::to_string(fields.kept_in_header.value_or(fields.kept.size()));
+    findings.push_back({&kinds::kShortHeader,
+                        kExtraColumnsPath,
+                        {.line = 1},
+                        fields.kept_in_header ? "the header has " + count + " of at least 3 fields"
+                                              : "the file has no line behind its header"});
+    return;
+  }
+  check_values(fields, findings);
+  if (check_fields(kinds::kColumnFields, site.columns_file, *fields.kept_in_header, findings)) {
+    check_rows_have_columns(site, findings);
+  }
+}
+
+void check_histories(const SiteData& site, Findings& findings) {
+  for (const TradeRow& row : site.rows) {
+    const SiteFile history(history_path(row.domain));
+    if (history.is_open()) {
+      check_fields(kinds::kHistoryFields, history, kHistoryFields, findings);
+    } else {
+      findings.push_back(
+          {&kinds::kMissingHistory, history.path(), {}, cannot_open(history.error())});
+    }
+  }
+}
+
+void check_sum(const SiteData& site, Findings& findings) {
+  // Behind a line that does not fit, the numbers of trades are not what they seem.
+  if (!check_open(site.sum_file, findings) ||
+      !check_fields(kinds::kSumFields, site.sum_file, kSumFields, findings)) {
+    return;
+  }
+  if (site.trades.empty()) return;
+  const SumRecords records = check_sum_ids(site, findings);
+  for (const TradeRow& row : site.rows) {
+    if (records.contains(row.id)) continue;
+    findings.push_back({&kinds::kNoSumRecord, kSumPath, {}, "no record of " + name_of(row)});
+  }
+}
+
+}  // namespace toplist::ctl

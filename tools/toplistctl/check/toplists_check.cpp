@@ -1,0 +1,211 @@
+#include <unistd.h>
+
+#include <charconv>
+#include <filesystem>
+#include <map>
+#include <string>
+
+#include "toplist/filters.h"
+#include "toplist/ranking.h"
+#include "toplistctl/check/check.h"
+#include "toplistctl/check/kinds.h"
+#include "toplistctl/check/records.h"
+#include "util/fields.h"
+#include "util/number.h"
+#include "util/sha1.h"
+#include "util/text_column.h"
+
+namespace toplist::ctl {
+namespace {
+
+constexpr std::size_t kGroupFields = 13;
+
+// --- definitions ---
+
+/// Finds faults of one toplist after the other.
+class DefinitionCheck {
+ public:
+  DefinitionCheck(const SiteData& site, Findings& findings) : site_(site), findings_(findings) {}
+
+  void check(const ToplistView& toplist) {
+    toplist_ = &toplist;
+    check_template();
+    if (!is_order_value(definition().order_by)) {
+      add(kinds::kOrderBy, "order-by value " + in_quotes(definition().order_by));
+    }
+    check_output();
+    if (toplist.passing.empty() && !site_.rows.empty()) {
+      add(kinds::kEmptyToplist, "no trade passes its filters: " + drops());
+    }
+  }
+
+ private:
+  [[nodiscard]] const ToplistDefinition& definition() const { return *toplist_->definition; }
+
+  void add(const Kind& kind, const std::string& fault) {
+    findings_.push_back({&kind,
+                         kDefinitionsPath,
+                         {.record = toplist_->record},
+                         definition().template_path + ": " + fault});
+  }
+
+  void check_template() {
+    const SiteFile file(definition().template_path);
+    const std::string fault = file.is_open() ? "" : "the template " + cannot_open(file.error());
+    if (toplist_->built) {
+      if (!file.is_open()) add(kinds::kMissingTemplate, fault);
+    } else if (definition().build_mode != "1") {
+      add(kinds::kBuildMode, "mode " + in_quotes(definition().build_mode));
+    } else {
+      add(kinds::kCheckValue, file.is_open() ? differing_values() : fault);
+    }
+  }
+
+  [[nodiscard]] std::string differing_values() const {
+    return "check value " + in_quotes(definition().check_value) + ", but the template's is " +
+           in_quotes(sha1_file_hex(definition().template_path));
+  }
+
+  [[nodiscard]] std::string drops() const {
+    std::string text;
+    for (const auto& [filter, count] : toplist_->dropped) {
+      text += (text.empty() ? "" : ", ") + std::string(filter) + " drops " + std::to_string(count);
+    }
+    return text;
+  }
+
+  void check_output() {
+    const std::string& path = definition().output_path;
+    if (!can_be_written(path)) {
+      add(kinds::kOutput, "the page " + in_quotes(path) + " cannot be written");
+    }
+    const auto [first, is_new] = outputs_.emplace(path, toplist_->record);
+    if (!is_new) {
+      add(kinds::kDuplicateOutput, "the page " + in_quotes(path) + " is also that of record " +
+                                       std::to_string(first->second));
+    }
+  }
+
+  /// Whether the file can be opened or created for writing.
+  static bool can_be_written(const std::filesystem::path& path) {
+    std::error_code ignored;
+    if (std::filesystem::exists(path, ignored)) {
+      return !std::filesystem::is_directory(path, ignored) && ::access(path.c_str(), W_OK) == 0;
+    }
+    const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
+    return path.has_filename() && ::access((folder / ".").c_str(), W_OK | X_OK) == 0;
+  }
+
+  const SiteData& site_;
+  Findings& findings_;
+  const ToplistView* toplist_ = nullptr;
+  std::map<std::string, std::size_t> outputs_;  ///< page -> first record
+};
+
+// --- settings ---
+
+bool is_number(std::string_view value) {
+  while (!value.empty() && is_blank(value.front())) value.remove_prefix(1);
+  value = without_end_blanks(value);
+  if (value.starts_with('+')) value.remove_prefix(1);
+  std::int32_t number = 0;
+  const char* end = value.data() + value.size();
+  const auto parsed = std::from_chars(value.data(), end, number);
+  return parsed.ec == std::errc() && parsed.ptr == end;
+}
+
+bool is_empty_list(std::string_view value) {
+  TextColumn domains;
+  parse_domains(std::string(value), domains);
+  return domains.empty();
+}
+
+void check_group(const std::string& path, Findings& findings) {
+  const SiteFile file(path);
+  if (!file.is_open()) {
+    findings.push_back({&kinds::kMissingGroup, path, {}, cannot_open(file.error())});
+    return;
+  }
+  if (const auto misfit = find_misfit(file.text(), kGroupFields)) {
+    findings.push_back({&kinds::kGroupFields,
+                        path,
+                        {.line = misfit->line},
+                        "the line has " + std::to_string(misfit->fields) + " of 13 fields"});
+  }
+  TextColumn members;
+  parse_group(file.text(), members);
+  if (members.empty())
+    findings.push_back({&kinds::kEmptyGroup, path, {}, "the group has no member"});
+}
+
+/// What is wrong with the value of a setting; nullptr when nothing is.
+const Kind* value_fault(const ToplistSetting& setting) {
+  if (!is_setting_key(setting.key)) return &kinds::kUnknownKey;
+  if (is_minimum_key(setting.key)) return is_number(setting.value) ? nullptr : &kinds::kBadNumber;
+  if (setting.key == kGroupKey) return nullptr;
+  return is_empty_list(setting.value) ? &kinds::kEmptyList : nullptr;
+}
+
+bool is_used(std::string_view template_name, const std::vector<ToplistDefinition>& definitions) {
+  const std::string path = std::string(kTemplateFolder).append(template_name);
+  for (const ToplistDefinition& definition : definitions) {
+    if (definition.template_path == path) return true;
+  }
+  return false;
+}
+
+void check_record(const SiteData& site, const SettingRecord& record, std::size_t number,
+                  Findings& findings) {
+  const auto add = [&](const Kind& kind) {
+    findings.push_back({&kind,
+                        kSettingsPath,
+                        {.record = number},
+                        in_quotes(record[2]) + " for " + in_quotes(record[1])});
+  };
+  if (!is_used(record[1], site.definitions)) add(kinds::kUnknownTemplate);
+  const auto setting = read_setting(record);
+  if (!setting) return add(kinds::kNoEquals);
+  if (const Kind* fault = value_fault(*setting)) add(*fault);
+  if (setting->key != kGroupKey) return;
+  if (const auto path = group_path(setting->value)) check_group(*path, findings);
+}
+
+}  // namespace
+
+void check_definitions(const SiteData& site, Findings& findings) {
+  if (!check_open(site.definitions_file, findings)) return;
+  if (const auto misfit = find_misfit(site.definitions_file.text(), DefinitionRecord{}.size())) {
+    findings.push_back({&kinds::kDefinitionFields,
+                        kDefinitionsPath,
+                        {.line = misfit->line},
+                        "the line has " + std::to_string(misfit->fields) + " of 9 fields"});
+  }
+  if (site.definitions.empty()) {
+    findings.push_back({&kinds::kNoToplists,
+                        kDefinitionsPath,
+                        {},
+                        without_end_blanks(site.definitions_file.text()).empty()
+                            ? "the file is empty"
+                            : "the last record has a template and no page"});
+  }
+  DefinitionCheck check(site, findings);
+  for (const ToplistView& toplist : site.toplists) check.check(toplist);
+}
+
+void check_settings(const SiteData& site, Findings& findings) {
+  if (!check_open(site.settings_file, findings)) return;
+  const std::string_view text = without_end_blanks(site.settings_file.text());
+  if (const auto misfit = find_misfit(text, SettingRecord{}.size(), LineBreaks::anywhere)) {
+    findings.push_back({&kinds::kSettingFields,
+                        kSettingsPath,
+                        {.line = misfit->line},
+                        "the last record is incomplete"});
+  }
+  FieldReader fields(text);
+  SettingRecord record;
+  for (std::size_t number = 1; next_record(fields, record) == record.size(); ++number) {
+    check_record(site, record, number, findings);
+  }
+}
+
+}  // namespace toplist::ctl
