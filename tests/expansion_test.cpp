@@ -17,7 +17,7 @@ namespace {
 using test::Render;
 using test::slow_expansion;
 
-/// A line of short pieces: single characters of which tags are made, or larger parts of tags.
+/// A line of single characters of which tags are made, or of larger parts of tags.
 std::string random_line(std::mt19937& random) {
   constexpr std::string_view kCharacters = "%%%%%%%01tid_ax";
   constexpr std::string_view kParts[] = {"%%",    "%",           "%%tid_000%%", "%%tit_00",
@@ -28,11 +28,8 @@ std::string random_line(std::mt19937& random) {
   const std::size_t size = 11 + random() % 50;
   const bool characters = random() % 2 == 0;
   while (line.size() < size) {
-    if (characters) {
-      line += kCharacters[random() % kCharacters.size()];
-    } else {
-      line += kParts[random() % std::size(kParts)];
-    }
+    line += characters ? kCharacters.substr(random() % kCharacters.size(), 1)
+                       : kParts[random() % std::size(kParts)];
   }
   return line;
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -16,21 +17,25 @@ using test::Render;
 
 constexpr std::int64_t kUsedUp = 50001;  ///< The counter once a template's passes are spent.
 
+struct Expansion {
+  std::string page = {};
+  std::int64_t passes = 0;
+  std::optional<std::size_t> stray_column = {};
+};
+
+Expansion expand(const std::string& line, RankedRows rows, std::int64_t passes = 0) {
+  Expansion result{.passes = passes};
+  result.stray_column = expand_tags(line, rows, result.passes, result.page);
+  return result;
+}
+
 TEST_F(Render, EveryStatisticsTagShowsItsCounter) {
-  std::int32_t next = -9;
-  for (const char* period : {"60", "24", "07", "99"}) {
-    for (const char* counter : {"rin", "uin", "out", "clk", "cef", "ctt", "ctg", "rec"}) {
-      *test::find_counter(rows_[1], std::string(counter) + period) = next++;
-    }
-  }
-  next = -9;
-  for (const char* period : {"60", "24", "07", "99"}) {
-    for (const char* counter : {"rin", "uin", "out", "clk", "cef", "ctt", "ctg", "rec"}) {
-      std::int64_t passes = 0;
-      std::string page;
-      const std::string line = "<%%" + std::string(counter) + period + "_001%%>";
-      EXPECT_FALSE(expand_tags(line, ranked_, passes, page));
-      EXPECT_EQ(page, "<" + std::to_string(next++) + ">") << line;
+  std::int32_t value = 0;
+  for (const std::string period : {"60", "24", "07", "99"}) {
+    for (const std::string counter : {"rin", "uin", "out", "clk", "cef", "ctt", "ctg", "rec"}) {
+      *test::find_counter(rows_[1], counter + period) = ++value;
+      const std::string line = "<%%" + counter + period + "_001%%>";
+      EXPECT_EQ(expand(line, ranked_).page, "<" + std::to_string(value) + ">") << line;
     }
   }
 }
@@ -41,26 +46,16 @@ TEST_F(Render, ExpandsTagsAndCountsPasses) {
     std::int64_t passes;
   } cases[] = {
       {"", "", 1},
-      {"no % tags 50%", "no % tags 50%", 1},
       {"A%%tid_000%%B", "A42B", 1},
       {"%%tid_000%% %%tid_001%%", "42 7", 2},
-      {"x%%lnk_001%%", "x?id=7&u=u", 1},
-      {"%%dom_000%%,%%url_000%%,%%tit_001%%,%%des_001%%,%%img_001%%", "d.com,u,T,D,I", 5},
-      {"<%%tit_000%%>", "<>", 1},
-      {"%%rin60_000%%", "-5", 1},
+      {"%%lnk_001%%,%%dom_000%%,%%url_000%%", "?id=7&u=u,d.com,u", 3},
+      {"%%tit_001%%,%%des_001%%,%%img_001%%,%%tit_000%%", "T,D,I,", 4},
       // the rank: three characters, read as a number
       {"%%tid_004%%", " ", 1},
-      {"%%tid_999%%", " ", 1},
       {"%%tid_-01%%", " ", 1},
-      {"%%rin60_-01%%|", " |", 1},
       {"%%xyz_009%%.%%zzzzz_009%%.%%att00_009%%.", " . . .", 3},
       {"%%tid_ 1 %%%", "7%", 1},
-      {"%%tid_+01%%", "7", 1},
-      {"%%tid_1xx%%", "7", 1},
-      {"%%tid_abc%%", "42", 1},
-      {"%%rin60_x00%%", "-5", 1},
       // separators and names
-      {"%%tid?000%%", "42", 1},
       {"%%tid%001%%", "7", 1},
       {"[%%TID_000%%%]", "[%]", 1},
       {"[%%xyz_000%%][%%rin_000%%][%%tid00_000%%][%%Rin60_000%%]", "[][][][]", 4},
@@ -70,71 +65,51 @@ TEST_F(Render, ExpandsTagsAndCountsPasses) {
       {"%%att-1_001%%,%%att-3_001%%,%%att-4_001%%,%%att-9_001%%", "I,T,,", 4},
       // a short one shows entry 2 and swallows two characters
       {"<%%att_001%%ab>", "<I>", 1},
-      {"<%%att_001%%a", "<I", 1},
-      {"<%%att_001%%", "<I", 1},
-      {"<%%att_000%%ab>", "<>", 1},
       {"<%%att_009%%ab>", "< ab>", 1},
       // adjacent tags: the long reading wins and the first tag is lost
       {"%%tid_000%%%%dom_000%%", "d.com", 2},
-      {"%%tid_001%%%%tid_001%%.", "7.", 2},
       {"%%att_001%%%%dom_001%% and more text", "c0dom_001%% and more text", kUsedUp},
       {"%%rin60_000%%%%rin60_000%%", "-5-5", 2},
       // values are scanned again, with what follows them
       {"<%%tit_002%%>", "<42>", 2},
-      {"%%des_002%%x", "50%x", 1},
       {"%%des_002%%%tid_000%%", "5042", 2},
       {"<%%att00_002%%>", "<ac0b>", 2},
-      {"<%%att00_003%%>", "< >", 2},
-      {"%%img_002%% and more text", "100%% and more text", kUsedUp},
       {"%%tit_003%%.", std::string(kUsedUp, 'x') + "%%tit_003%%.", kUsedUp},
       // malformed tags
       {"%%malformed line", "%%malformed line", kUsedUp},
-      {"%%rin60_000", "%%rin60_000", kUsedUp},
-      {"%%tid_000%  %%tid_000%%", "%%tid_000%  %%tid_000%%", kUsedUp},
       {"%%tid_000%%|%%rin60_000%", "42|%%rin60_000%", kUsedUp},
-      {"%%tid_1%%........", "%%tid_1%%........", kUsedUp},
   };
   for (const auto& c : cases) {
-    std::int64_t passes = 0;
-    std::string page = "before ";
-    EXPECT_FALSE(expand_tags(c.line, ranked_, passes, page)) << c.line;
-    EXPECT_EQ(page, "before " + c.page) << c.line;
-    EXPECT_EQ(passes, c.passes) << c.line;
+    const Expansion result = expand(c.line, ranked_);
+    EXPECT_FALSE(result.stray_column) << c.line;
+    EXPECT_EQ(result.page, c.page) << c.line;
+    EXPECT_EQ(result.passes, c.passes) << c.line;
   }
+  EXPECT_EQ(expand("A%%tid_000%%B", {}).page, "A B");
   std::int64_t passes = 0;
-  std::string page;
-  EXPECT_FALSE(expand_tags("A%%tid_000%%B", {}, passes, page));
-  EXPECT_EQ(page, "A B");
+  std::string page = "before ";
+  EXPECT_FALSE(expand_tags("A%%tid_000%%B", ranked_, passes, page));
+  EXPECT_EQ(page, "before A42B");
 }
 
 TEST_F(Render, AMarkTooCloseToTheEndOfItsLineStops) {
-  constexpr std::size_t kWithinTheTag = 0;  // the mark came with a value
   const struct {
     std::string line;
     std::size_t column;
   } cases[] = {
-      {"%%", 1},
       {"50%%", 3},
       {"%%tid_000%", 1},
-      {"%%........", 1},
       {"A%%tid_000%%B50%%", 16},
       {std::string(13, '%'), 12},
-      {"%%tid_000%%%%", 12},
       {"%%tid_009%%%%dom_000%%", 21},  // " dom_000%%": a missing rank swallows 13 characters
       {"%%tid_000% %%tid_000%%", 21},
       {"%%att_001%%%%dom_001%%.", 21},
       {"<%%tit_000%%%des_000%%>", 21},
-      {"%%img_002%%", kWithinTheTag},
-      {"%%img_002%%......", kWithinTheTag},
   };
-  for (const auto& c : cases) {
-    std::int64_t passes = 0;
-    std::string page;
-    const auto column = expand_tags(c.line, ranked_, passes, page);
-    ASSERT_TRUE(column) << c.line;
-    EXPECT_EQ(*column, c.column == kWithinTheTag ? *column : c.column) << c.line;
-    EXPECT_LE(*column, c.line.size()) << c.line;
-  }
+  for (const auto& c : cases) EXPECT_EQ(expand(c.line, ranked_).stray_column, c.column) << c.line;
+  // The mark came with a value.
+  const auto column = expand("%%img_002%%......", ranked_).stray_column;
+  EXPECT_TRUE(column && *column <= 17);
 }
 
 TEST_F(Render, NearThePassLimit) {
@@ -146,22 +121,15 @@ TEST_F(Render, NearThePassLimit) {
       {49996, "42 42 42 42", 50000},
       {49997, "42 42 42 42", 50001},
       {49998, "42 42 42 %%tid_000%%", 50001},
-      {49999, "42 42 %%tid_000%% %%tid_000%%", 50001},
-      {50000, "42 %%tid_000%% %%tid_000%% %%tid_000%%", 50001},
       {50001, "42 %%tid_000%% %%tid_000%% %%tid_000%%", 50002},
   };
+  const std::string line = "%%tid_000%% %%tid_000%% %%tid_000%% %%tid_000%%";
   for (const auto& c : cases) {
-    std::int64_t passes = c.before;
-    std::string page;
-    EXPECT_FALSE(
-        expand_tags("%%tid_000%% %%tid_000%% %%tid_000%% %%tid_000%%", ranked_, passes, page));
-    EXPECT_EQ(page, c.page) << c.before;
-    EXPECT_EQ(passes, c.after) << c.before;
+    const Expansion result = expand(line, ranked_, c.before);
+    EXPECT_EQ(result.page, c.page) << c.before;
+    EXPECT_EQ(result.passes, c.after) << c.before;
   }
-  std::int64_t passes = 70000;
-  std::string page;
-  EXPECT_FALSE(expand_tags("%%malformed line", ranked_, passes, page));
-  EXPECT_EQ(passes, 70001);
+  EXPECT_EQ(expand("%%malformed line", ranked_, 70000).passes, 70001);
 }
 
 std::string repeat(std::string_view text, int count) {
@@ -177,19 +145,13 @@ TEST_F(Render, TemplatesDropBlocksAndCountPasses) {
     std::string text, page;
   } cases[] = {
       {"", ""},
-      {"a", "a\n"},
       {"a\r\n\nb\n", "a\r\n\nb\n"},
       {"a\nb<tlxt>c\nd\ne</tlxt>f\ng\n", "a\ng\n"},
-      {"a\n</tlxt>\nb\n", "a\nb\n"},
-      {"<tlxt></tlxt>\nb\n", "b\n"},
       {"x</tlxt><tlxt>\nb\n", "b\n"},
-      {"<tlxt>\na\n<tlxt></tlxt>\nb\n", "b\n"},
       {"<tlxt>\na\n<tlxt>\n</tlxt>\nb\n</tlxt>\nc", "b\nc\n"},
       {"a\n<tlxt>\nb\nc\n", "a\n"},
-      {"<tlxt>\na\n</tlxt>", ""},
       {"<TLXT>\n< tlxt>\n<tlx\nt>\n", "<TLXT>\n< tlxt>\n<tlx\nt>\n"},
       {"<tlxt>%%\n%%\n</tlxt>%%\nok\n", "ok\n"},  // no stop in what is dropped
-      {repeat("a\n", 60000), repeat("a\n", 60000)},
       {repeat("a\n", 49999) + two + two, repeat("a\n", 49999) + "42 42\n" + first_only},
       {"<tlxt>\n" + repeat("a\n", 60000) + "</tlxt>\n" + two, "42 42\n"},  // cost no passes
       {"%%malformed line\n" + two + "b\n" + two,
@@ -216,8 +178,9 @@ TEST_F(Render, AStopNamesThePlaceAndLeavesTheOldPage) {
     }
   }
   EXPECT_EQ(dir.read("out"), "old");
-  ASSERT_TRUE(render_toplist(dir.write("page", "%%tid_000%%"), output, ranked_));
-  EXPECT_EQ(dir.read("out"), "42\n");
+  const std::string bytes("\xE4 \x80\xFF \0 |;<>&\r\n", 13);
+  ASSERT_TRUE(render_toplist(dir.write("page", bytes + "%%tid_000%%"), output, ranked_));
+  EXPECT_EQ(dir.read("out"), bytes + "42\n");
   ASSERT_TRUE(render_toplist(dir.write("page", "<tlxt>"), output, ranked_));
   EXPECT_EQ(dir.read("out"), "");
 }

@@ -34,15 +34,12 @@ TEST(Statistics, AttachesExtraColumns) {
     const char* text;
     const char* columns;  // of the rows x.com, y.com, x.com: each value followed by a comma
   } cases[] = {
-      {"", " ; ; ;"},
       {"a|b|c|x.com|T|", " ; ; ;"},               // no line feed
       {"a|b|\n|x.com|y.com|", " ; ; ;"},          // n is 1
       {"a|b|c\n|x.com|T|\n|y.com|U|", " ; ; ;"},  // header without the last separator
       {"\n|a|b|c|x.com|T|", " ; ; ;"},            // n is -1
       {"a|b|c|\n|x.com|T|\n|y.com|U|\n", " T,; U,; T,;"},
       {"a|b|c|\nignored|x.com|T|\nx.com|y.com|U", " T,; U,; T,;"},
-      {"a|b|c|\r\n|x.com|T|\r\n|y.com|U|\r\n", " T,; U,; T,;"},
-      {"a|b|c|d|\n|y.com|T|D|\n", " ; T,D,; ;"},
       {"a|b|c|d|\n|y.com||D|\n", " ; ,D,; ;"},
       {"a|b|c|\n|y.com|T|\n|z.com|Z|\n|y.com|U|\n", " ; T,U,; ;"},  // listed twice
       {"a|b|c|\n|X.com|T|\n|y.com |U|\n", " ; ; ;"},
@@ -83,7 +80,6 @@ TEST(Statistics, AddsHistory) {
     std::string text, block;
   } cases[] = {
       {"", "0 0 0 0 0 0 0 0"},
-      {record, "1 2 3 4 7 5 6 8"},
       {record + "\n" + record, "2 4 6 8 14 10 12 16"},
       {record + record + "77|78|100", "102 4 6 8 14 10 12 16"},
       {"0|0|2147483647|-2147483648|3000000000| 1x|\n\r-2|x||+9|" + rest + record,
@@ -136,7 +132,6 @@ TEST(Statistics, GivesASumRecordToTheFirstRowOfItsId) {
       {cut_record("7") + "73", "-p-"},  // no separator at the end
       {cut_record("7"), "-c-"},         // the last field is missing
       {full + "0|07|5", "cp-"},
-      {"0|7", "---"},
       {"", "---"},
   };
   for (const auto& c : cases) {

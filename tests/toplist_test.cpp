@@ -26,14 +26,11 @@ TEST(Definitions, TakeNineFieldsEach) {
     std::string text, definitions;
   } cases[] = {
       {"", ""},
-      {"\n", ""},
       {"0|a", ""},
-      {one, a},
       {one + two + "\n", a + b},  // the 19th field alone adds nothing
       {one + two + "0|c", ""},    // a template without an output path: nothing is built
       {one + two + "0|c|2|", ""},
       {one + two + "0|c|2|c.html", a + b + "d/tl/c>c.html,,,;"},
-      {one + two + "0|c|2||", a + b + "d/tl/c>,,,;"},
       {one + "0|c|2|c.html|61|", a + "d/tl/c>c.html,61,,;"},
       {"0|a.html\n|2| out |\n5|1 |c0\r\nffee|", "d/tl/a.html\n> out ,\n5,1 ,c0\r\nffee;"},
   };
@@ -56,7 +53,6 @@ TEST(Definitions, SettingsTakeThreeFieldsEach) {
       {"0|a|k=v=w|0|a|=|0|a|k=", "a:k>v=w;a:>;a:k>;"},
       {"0|a|no value|0|b|k=v|", "b:k>v;"},  // dropped, and the count goes on
       {"0|a|k=v|0|b|", "a:k>v;"},           // cut short
-      {"0|a|k=v|0|b", "a:k>v;"},
   };
   for (const auto& c : cases) {
     std::string settings;
@@ -80,11 +76,8 @@ TEST(Definitions, BuildModeAndCheckValueDecideWhatIsBuilt) {
       {page, "1", "A9993E364706816ABA3E25717850C26C9CD0D89D", false},
       {page, "1", digest.substr(0, 39), false},
       {page, "1", digest + " ", false},
-      {page, "1", "", false},
-      {page, "1", kEmptyDigest, false},
       {page, "2", "", true},
       {page, "", digest, false},
-      {page, "0", digest, false},
       {page, "3", digest, false},
       {page, "01", digest, false},
       {page, "2\r", digest, false},
@@ -104,11 +97,8 @@ TEST(Alternatives, AllPicksOfASecondTakeOnePosition) {
     std::vector<std::string_view> pieces;
   } cases[] = {
       {"", {""}},
-      {"x", {"x"}},
       {";", {""}},
       {"x;", {"x"}},
-      {";;", {"", ""}},
-      {"a;b", {"a", "b"}},
       {"a;b;", {"a", "b"}},
       {"a;;c", {"a", "", "c"}},
       {" a ;b|;c;d\n", {" a ", "b|", "c", "d\n"}},

@@ -45,8 +45,8 @@ std::vector<std::string> loopback_addresses(std::size_t count) {
   const int id = ::getpid();
   const std::string prefix =
       "127." + std::to_string(1 + (id >> 8) % 250) + "." + std::to_string(id & 0xff) + ".";
-  std::vector<std::string> addresses;
-  for (std::size_t n = 0; n < count; ++n) addresses.push_back(prefix + std::to_string(n + 2));
+  std::vector<std::string> addresses(count);
+  for (std::size_t n = 0; n < count; ++n) addresses[n] = prefix + std::to_string(n + 2);
   return addresses;
 }
 
@@ -94,6 +94,7 @@ std::vector<Request> LoopbackServer::requests() const {
 
 void LoopbackServer::serve() {
   std::vector<pollfd> polled;
+  polled.reserve(points_.size() + 1);
   for (const Point& point : points_) polled.push_back({point.listener.get(), POLLIN, 0});
   polled.push_back({stop_.get(), POLLIN, 0});
   while (::poll(polled.data(), polled.size(), -1) >= 0 || errno == EINTR) {

@@ -27,14 +27,13 @@ struct Trade {
 struct Start {
   std::vector<std::string> arguments = {"run"};
   std::vector<int> closed = {};  ///< standard descriptors that the program finds closed
-  std::string timezone = {};     ///< a TZ value, e.g. "XXX-14"
-  std::vector<std::string> environment = {};  ///< further variables, e.g. "PATH=/bin"
+  std::vector<std::string> environment = {};  ///< e.g. "TZ=XXX-14"
 };
 
 /// How the program ended. The initial values are those of every run without an abnormal stop.
 struct RunResult {
   int status = 0;
-  int signal = 0;  ///< the signal that ended it; SIGALRM: it took longer than the time limit
+  int signal = 0;  ///< the signal that ended it
   std::string out = {};
   std::string err = {};
 
