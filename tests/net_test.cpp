@@ -123,6 +123,16 @@ TEST(RawHttp, FailuresLeaveNoSocketOpenAndOnlyTimeoutsANote) {
   EXPECT_EQ(open_descriptors(), before);
 }
 
+TEST(RawHttp, ARequestThatNobodyReadsTimesOut) {
+  std::uint16_t port = 0;
+  const std::string host = test::loopback_addresses(1)[0];
+  const UniqueFd unread = test::bind_socket(host, port);
+  ASSERT_EQ(::listen(unread.get(), 1), 0);
+  // As long as a page may make it, and longer than what the system keeps for a peer.
+  const std::string url = "http://" + host + "/" + std::string(9U << 20U, '1');
+  EXPECT_EQ(fetch(host, url, port), (Fetched{"-1", kTimeoutNote}));
+}
+
 TEST(RawHttp, ConnectionsThatAreNotTakenUpTimeOutAndPrintNothing) {
   std::uint16_t port = 0;
   const std::string host = test::loopback_addresses(1)[0];
