@@ -1,0 +1,51 @@
+# shellcheck shell=bash
+# Bash completion of toplistctl.
+
+# The site's root: what stands behind --site on the line so far, or the current directory.
+_toplistctl_site() {
+  local i
+  for ((i = 1; i < COMP_CWORD; i++)); do
+    [[ ${COMP_WORDS[i]} == --site ]] || continue
+    # "--site=DIR" comes as three words.
+    if [[ ${COMP_WORDS[i + 1]} == = ]]; then ((i++)); fi
+    echo "${COMP_WORDS[i + 1]}"
+    return
+  done
+  echo .
+}
+
+# Templates by their names in the definitions, where a line is one toplist as the site writes it.
+_toplistctl_templates() {
+  local definitions
+  definitions=$(_toplistctl_site)/d/tl/tl
+  if [[ -r $definitions ]]; then cut -d '|' -f 2 "$definitions"; fi
+}
+
+_toplistctl() {
+  local word=$2 previous=$3 command=${COMP_WORDS[1]} words
+  COMPREPLY=()
+  case $previous in
+    --site | --harvest | =)
+      mapfile -t COMPREPLY < <(compgen -d -- "$word")
+      return
+      ;;
+    --trades | --toplists | --seed) return ;;
+  esac
+  if [[ $COMP_CWORD -eq 1 ]]; then
+    words="check show digest sample --help --version"
+  else
+    case $command in
+      check) words="--site --json" ;;
+      show) words="trades toplists log --site --json" ;;
+      digest) words="--site --update $(_toplistctl_templates)" ;;
+      sample) words="--trades --toplists --seed --plain --no-pictures --harvest" ;;
+    esac
+    words+=" --help --version"
+  fi
+  mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
+  if [[ $command == sample && $word != -* && $COMP_CWORD -gt 1 ]]; then
+    mapfile -t COMPREPLY < <(compgen -d -- "$word")
+  fi
+}
+
+complete -o filenames -F _toplistctl toplistctl
