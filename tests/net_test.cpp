@@ -246,10 +246,17 @@ std::string words_of(const std::string& command) {
 TEST(Downloader, OrdinaryCommandsAreByteForByteTheDocumentedOnes) {
   const std::string path = "l/sys/net/www-1.h_x.example:8080.jpg";
   const std::string url = "http://h.example/a_b~c/d.php?e=f&g=%20;(h)'!#*,@+i";
+  const std::string arguments = path + " \"" + url + "\"";
   for (const Tool& tool : kTools) {
-    EXPECT_EQ(download_command(tool.downloader, path, url),
-              tool.prefix + path + " \"" + url + "\"");
+    EXPECT_EQ(download_command(tool.downloader, path, url), tool.prefix + arguments);
   }
+}
+
+/// The words of a command line that has `text` in the path and in the address.
+std::string words_with(const Tool& tool, const std::string& text) {
+  std::string words = "<";
+  for (const char c : std::string(tool.prefix)) words += c == ' ' ? "><" : std::string(1, c);
+  return words + "net/" + text + "><http://h/" + text + ">";
 }
 
 TEST(Downloader, HostileAddressesAndHostsReachTheToolAsTheyAre) {
@@ -259,11 +266,9 @@ TEST(Downloader, HostileAddressesAndHostsReachTheToolAsTheyAre) {
       "> x < y",    "\\`id\\`",  "!! *? ~ #", "a\nb\xc3\xbc",  "''''",
   };
   for (const Tool& tool : kTools) {
-    std::string prefix = "<";
-    for (const char c : std::string(tool.prefix)) prefix += c == ' ' ? "><" : std::string(1, c);
     for (const std::string& text : texts) {
       EXPECT_EQ(words_of(download_command(tool.downloader, "net/" + text, "http://h/" + text)),
-                prefix + "net/" + text + "><http://h/" + text + ">");
+                words_with(tool, text));
     }
   }
 }

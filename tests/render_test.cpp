@@ -33,8 +33,9 @@ TEST_F(Render, EveryStatisticsTagShowsItsCounter) {
   std::int32_t value = 0;
   for (const std::string period : {"60", "24", "07", "99"}) {
     for (const std::string counter : {"rin", "uin", "out", "clk", "cef", "ctt", "ctg", "rec"}) {
-      *test::find_counter(rows_[1], counter + period) = ++value;
-      const std::string line = "<%%" + counter + period + "_001%%>";
+      const std::string name = counter + period;
+      *test::find_counter(rows_[1], name) = ++value;
+      const std::string line = "<%%" + name + "_001%%>";
       EXPECT_EQ(expand(line, ranked_).page, "<" + std::to_string(value) + ">") << line;
     }
   }

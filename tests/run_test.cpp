@@ -7,7 +7,9 @@
 #include <csignal>
 #include <cstdio>
 #include <ctime>
+#include <ostream>
 #include <set>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -113,53 +115,39 @@ std::vector<Trade> tied_trades() {
   return trades;
 }
 
-constexpr std::array kShownTags = {"tid",   "dom",   "lnk",   "tit",   "des",  "img",
-                                   "att00", "uin60", "ctt24", "cef07", "out99"};
-
-using Values = std::array<std::string, kShownTags.size()>;
-
-/// The values of kShownTags for a trade.
-Values shown_values(const Trade& trade) {
-  const std::string id = std::to_string(trade.id);
-  const auto& [title, about, picture, category] = trade.columns;
-  return {id,
-          trade.domain,
-          "?id=" + id + "&u=http://" + trade.domain + "/",
-          title,
-          about,
-          picture,
-          category,
-          std::to_string(trade.periods[kPeriod60].uin),
-          std::to_string(trade.periods[kPeriod24].ctt),
-          std::to_string(trade.periods[kPeriod07].cef),
-          std::to_string(trade.periods[kPeriod99].out)};
-}
-
-std::string entry(const Values& values) {
-  std::string line = "<li>";
-  for (const std::string& value : values) line += value + " - ";
-  return line + "</li>\r\n";
-}
+constexpr const char* kShownTags[] = {"tid",   "dom",   "lnk",   "tit",   "des",  "img",
+                                      "att00", "uin60", "ctt24", "cef07", "out99"};
 
 constexpr int kTiedRanks = 42;  // two more than there are trades
 
 std::string tied_template() {
   std::string text = "<ul>\n";
   for (int rank = 0; rank < kTiedRanks; ++rank) {
-    Values tags;
-    for (std::size_t i = 0; i < tags.size(); ++i) tags[i] = tag(kShownTags[i], rank);
-    text += entry(tags);
+    text += "<li>";
+    for (const char* name : kShownTags) text.append(tag(name, rank)).append(";");
+    text += "</li>\r\n";
   }
   return text + "</ul>";
 }
 
+/// What a rank shows of its trade.
+void print_entry(std::ostream& page, const Trade& trade) {
+  page << "<li>" << trade.id << ';' << trade.domain << ';';
+  page << "?id=" << trade.id << "&u=http://" << trade.domain << "/;";
+  for (const std::string& column : trade.columns) page << column << ';';
+  const auto& [last60, last24, last07, all] = trade.periods;
+  page << last60.uin << ';' << last24.ctt << ';' << last07.cef << ';' << all.out << ";</li>\r\n";
+}
+
 std::string tied_page(const std::vector<Trade>& ranked) {
-  Values blanks;
-  blanks.fill(" ");
-  std::string page = "<ul>\n";
-  for (const Trade& trade : ranked) page += entry(shown_values(trade));
-  for (std::size_t rank = ranked.size(); rank < kTiedRanks; ++rank) page += entry(blanks);
-  return page + "</ul>\n";
+  std::ostringstream page;
+  page << "<ul>\n";
+  for (const Trade& trade : ranked) print_entry(page, trade);
+  for (int rank = static_cast<int>(ranked.size()); rank < kTiedRanks; ++rank) {
+    page << "<li> ; ; ; ; ; ; ; ; ; ; ;</li>\r\n";
+  }
+  page << "</ul>\n";
+  return page.str();
 }
 
 std::int32_t uin60(const Trade& trade) { return trade.periods[kPeriod60].uin; }
@@ -396,6 +384,8 @@ TEST(Run, ThumbnailsAreRequiredWhenTheSixthLineIsZeroOrMissing) {
   }
 }
 
+std::string list_name(std::size_t i) { return "list" + std::to_string(i); }
+
 TEST(Run, SettingsDecideWhichTradesAToplistShows) {
   const struct {
     std::vector<const char*> settings;
@@ -414,13 +404,13 @@ TEST(Run, SettingsDecideWhichTradesAToplistShows) {
   site.write("d/gr/finetrades", site::encode_group("fine trades", std::array{104}));
   site.write("d/gr/nobody", site::encode_group("nobody", {}));
   for (std::size_t i = 0; i < std::size(cases); ++i) {
-    const std::string name = "list" + std::to_string(i);
+    const std::string name = list_name(i);
     site.add_toplist(name, ids_template());
     for (const char* setting : cases[i].settings) site.add_setting(name, setting);
   }
   expect_quiet_run(site);
   for (std::size_t i = 0; i < std::size(cases); ++i) {
-    EXPECT_EQ(site.read("list" + std::to_string(i) + ".html"), cases[i].page)
+    EXPECT_EQ(site.read(list_name(i) + ".html"), cases[i].page)
         << testing::PrintToString(cases[i].settings);
   }
 }
@@ -448,11 +438,12 @@ const std::string kThumbsFragment =
 // A thumbnail directory that cannot be opened is told on standard output, a stray mark on standard
 // error. Closed descriptors lose it: it must not land in a file of the site.
 TEST(Run, SaysWhatItHasToSayOnStandardDescriptorsOnly) {
+  const std::string line = going_on("d&#47;h&#47;t01.example.his");
+  const std::string three_lines = line + line + line;
   for (const std::vector<int>& closed : {std::vector<int>{}, {0}, {1}, {2}, {0, 1, 2}}) {
     SCOPED_TRACE(testing::PrintToString(closed));
     const SiteWithPage site;
     site.remove("d/h/t01.example.his");
-    const std::string line = going_on("d&#47;h&#47;t01.example.his");
     EXPECT_EQ(site.start({.closed = closed}), kQuiet);
     EXPECT_EQ(site.log(), line);
     EXPECT_EQ(site.read("top.html"), kAllIds);
@@ -469,7 +460,7 @@ TEST(Run, SaysWhatItHasToSayOnStandardDescriptorsOnly) {
     before = site.contents();
     EXPECT_EQ(site.start({.closed = closed}).signal, SIGABRT);
     EXPECT_EQ(site.contents(), before);
-    EXPECT_EQ(site.log(), line + line + line);
+    EXPECT_EQ(site.log(), three_lines);
   }
 }
 

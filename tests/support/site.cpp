@@ -121,13 +121,13 @@ void Site::replace_by_dir(const std::string& name) const {
 
 RunResult Site::start(const Start& how) const {
   const TempDir output;
-  // What the shell turns into the program keeps neither a core file nor a variable: an abnormal
-  // stop is expected at times.
-  std::string command = "cd " + dir_.path() + " && ulimit -c 0 && exec env -i";
+  // No core file: an abnormal stop is expected at times.
+  std::string command = "cd " + shell_word(dir_.path()) + " && ulimit -c 0 && exec env -i";
   for (const std::string& variable : how.environment) command += " " + shell_word(variable);
-  command += std::string(" ") + TOPLIST_PROGRAM;
+  command += " " + shell_word(TOPLIST_PROGRAM);
   for (const std::string& argument : how.arguments) command += " " + shell_word(argument);
-  command += " </dev/null >" + output.path() + "/out 2>" + output.path() + "/err";
+  command += " </dev/null >" + shell_word(output.path() + "/out");
+  command += " 2>" + shell_word(output.path() + "/err");
   for (const int fd : how.closed) command += " " + std::to_string(fd) + ">&-";
 
   const int ended = std::system(command.c_str());
