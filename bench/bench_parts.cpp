@@ -20,7 +20,7 @@ using toplist::TradeRow;
 using toplist::test::pointers_to;
 
 constexpr std::size_t kRankedRows = 100'000;
-constexpr std::size_t kTemplateBytes = 1024 * 1024;
+constexpr std::size_t kTemplateBytes = 1024UL * 1024;
 
 std::vector<TradeRow> random_rows(std::size_t count) {
   std::mt19937 random(1);

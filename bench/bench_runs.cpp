@@ -46,6 +46,7 @@ double seconds_of(const timeval& time) {
 /// Runs a command in `folder`, its output thrown away.
 Usage run(const std::vector<std::string>& command, const fs::path& folder) {
   std::vector<char*> words;
+  words.reserve(command.size() + 1);
   for (const std::string& word : command) words.push_back(const_cast<char*>(word.c_str()));
   words.push_back(nullptr);
 
@@ -129,7 +130,7 @@ double compare_site(const std::string& program, int rounds, const fs::path& site
 
 void compare_digests(int rounds, const fs::path& folder) {
   const fs::path file = folder / "digest-input";
-  std::string block(1024 * 1024, '\0');
+  std::string block(1024UL * 1024, '\0');
   for (std::size_t i = 0; i < block.size(); ++i) block[i] = static_cast<char>(i * 31 / 7);
   const toplist::UniqueFd fd(::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
   for (int i = 0; i < static_cast<int>(kDigestMebibytes); ++i)
