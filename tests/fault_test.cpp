@@ -110,7 +110,7 @@ TEST(Fault, AnyInputMayBeMissingOrADirectory) {
       EXPECT_EQ(result.signal, 0) << path << result;
       // A directory reads as an empty file; only an empty database is an error.
       const bool logged = missing || std::string(path) == "d/t/index";
-      EXPECT_EQ(site.log() != "", logged) << path << (missing ? " missing" : " a directory");
+      EXPECT_EQ(!site.log().empty(), logged) << path << (missing ? " missing" : " a directory");
     }
   }
 }
