@@ -17,7 +17,7 @@ namespace {
 int run_ctl(const Site& site, const std::string& arguments) {
   const std::string command =
       "cd " + site.path("") + " && " TOPLISTCTL_PROGRAM " " + arguments + " >out 2>&1";
-  return WEXITSTATUS(std::system(command.c_str()));  // NOLINT(concurrency-mt-unsafe,cert-env33-c)
+  return WEXITSTATUS(std::system(command.c_str()));
 }
 
 TEST(Toplistctl, HelpAndVersionAreThereOnEveryLevel) {

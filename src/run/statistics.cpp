@@ -11,10 +11,11 @@ namespace toplist {
 namespace {
 
 constexpr std::size_t kHistoryFieldsBeforeCounters = 2;
-constexpr std::size_t kHistoryFieldsAfterCounters = 20;
+constexpr std::size_t kHistoryFieldsAfterCounters =
+    kHistoryFields - kHistoryFieldsBeforeCounters - kFileOrder.size();
 constexpr std::size_t kSumFieldsBeforeFurther = 3;
 constexpr std::array<Period, 3> kSumPeriods{kPeriod60, kPeriod24, kPeriod07};
-constexpr std::size_t kSumFieldsOfPeriods = kSumPeriods.size() * 14;
+constexpr std::size_t kSumFieldsBehindId = kSumFields - 2;
 
 /// Reads the three period sections of one sum record; false when the text ends before the last.
 bool read_sum_sections(FieldReader& fields, TradeRow& row) {
@@ -114,7 +115,7 @@ void read_recent_periods(std::string_view text, std::span<TradeRow> rows) {
     if (!fields.next(id)) return;
     const auto row = ids.find(id);
     if (!row) {
-      fields.skip(kSumFieldsOfPeriods);
+      fields.skip(kSumFieldsBehindId);
     } else if (read_sum_sections(fields, rows[*row])) {
       compute_percentages(rows[*row]);
     }

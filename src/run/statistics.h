@@ -15,6 +15,10 @@ namespace toplist {
 inline constexpr const char* kExtraColumnsPath = "d/tl/tl.a1";
 inline constexpr const char* kSumPath = "d/t/sum";
 
+/// Fields of a record in a history file and in "d/t/sum".
+inline constexpr std::size_t kHistoryFields = 30;
+inline constexpr std::size_t kSumFields = 44;
+
 /// Where the history of the trade with this domain is.
 std::string history_path(std::string_view domain);
 

@@ -22,7 +22,7 @@ class SecondsDraw {
       second_ = now;
       std::srand(static_cast<unsigned>(now));
       // The generator is to be this one: pages have always taken their picks from it.
-      drawn_ = static_cast<std::size_t>(std::rand());  // NOLINT(concurrency-mt-unsafe)
+      drawn_ = static_cast<std::size_t>(std::rand());
     }
     return drawn_;
   }

@@ -16,8 +16,7 @@ namespace {
 
 constexpr const char* kGroupFolder = "d/gr/";
 constexpr std::size_t kGroupFieldsBeforeId = 1;
-constexpr std::size_t kGroupFieldsAfterId = 11;
-constexpr std::size_t kGroupFields = kGroupFieldsBeforeId + 1 + kGroupFieldsAfterId;
+constexpr std::size_t kGroupFieldsAfterId = kGroupFields - kGroupFieldsBeforeId - 1;
 
 constexpr std::size_t kShortestListValue = 4;
 constexpr std::size_t kShortestListItem = 3;

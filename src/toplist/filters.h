@@ -18,6 +18,9 @@ namespace toplist {
 inline constexpr std::size_t kMinimumCount = 14;
 inline constexpr std::int32_t kMinimumOff = -1;
 
+/// Fields of a record in a group file, see parse_group().
+inline constexpr std::size_t kGroupFields = 13;
+
 /// The keys of settings that are not minimums.
 inline constexpr std::string_view kDomainsKey = "domains";
 inline constexpr std::string_view kSkippedDomainsKey = "skipdomains";

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "run/statistics.h"
+#include "toplist/filters.h"
 #include "util/fields.h"
 #include "util/text.h"
 
@@ -10,8 +12,6 @@ namespace toplist::site {
 namespace {
 
 constexpr std::size_t kUnusedPerPeriod = 3;
-constexpr std::size_t kHistoryFields = 30;
-constexpr std::size_t kGroupFields = 13;
 
 template <std::size_t kSize>
 void set_text(char (&field)[kSize], std::string_view text) {

@@ -12,9 +12,6 @@
 namespace toplist::ctl {
 namespace {
 
-constexpr std::size_t kHistoryFields = 30;
-constexpr std::size_t kSumFields = 44;
-
 /// Reports where the fields do not come in records of `size`; true when they do.
 bool check_fields(const Kind& kind, const SiteFile& file, std::size_t size, Findings& findings) {
   const auto misfit = find_misfit(file.text(), size);

@@ -18,8 +18,6 @@
 namespace toplist::ctl {
 namespace {
 
-constexpr std::size_t kGroupFields = 13;
-
 // --- definitions ---
 
 /// Finds faults of one toplist after the other.
