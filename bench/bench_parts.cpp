@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <map>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "support/rows.h"
 #include "table.h"
 #include "toplist/ranking.h"
+#include "toplistctl/templates/expansion.h"
 
 namespace {
 
@@ -57,12 +59,25 @@ void render(benchmark::State& state, std::size_t tags_a_line) {
   const std::string text = make_template(tags_a_line);
   std::size_t bytes = 0;
   for (auto _ : state) {
-    std::string page;
-    toplist::render_template(text, ranked, page);
+    const std::string page = toplist::render_template("", text, ranked);
     bytes += page.size();
     benchmark::DoNotOptimize(page.data());
   }
   state.SetBytesProcessed(static_cast<std::int64_t>(bytes));
+}
+
+/// A repeat of all ranks that gives a mebibyte.
+void expand(benchmark::State& state) {
+  std::string source = "<!-- repeat 0-999 -->\n";
+  while (source.size() < kTemplateBytes / 1000) {
+    source += "<li>{place}: <a href=\"%%url_NNN%%\">%%tit_NNN%%</a> %%rin24_NNN%%</li>\n";
+  }
+  source += "<!-- end repeat -->\n";
+  for (auto _ : state) {
+    const auto expansion =
+        toplist::ctl::expand_source("", [&source](const auto&) { return std::optional(source); });
+    benchmark::DoNotOptimize(expansion.text.data());
+  }
 }
 
 void copy(benchmark::State& state) {
@@ -81,7 +96,7 @@ void rank(benchmark::State& state, const std::string& order_by) {
   const auto unranked = pointers_to<TradeRow>(rows);
   for (auto _ : state) {
     auto ranking = unranked;
-    toplist::rank_rows(ranking, order_by);
+    toplist::rank_rows(rows, order_by, ranking);
     benchmark::DoNotOptimize(ranking.data());
   }
 }
@@ -109,10 +124,9 @@ class Medians : public benchmark::BenchmarkReporter {
     }
   }
 
-  void print(const std::string& what, const std::string& against, double limit) const {
-    const double measured = seconds_.at(what), base = seconds_.at(against);
-    toplist::bench::print_ratio(what + " / " + against, toplist::bench::milliseconds(measured),
-                                toplist::bench::milliseconds(base), measured / base, limit);
+  void add_to(toplist::bench::Table& table, const std::string& what, const std::string& against,
+              double limit) const {
+    table.add_times(what + " / " + against, seconds_.at(what), seconds_.at(against), limit);
   }
 
  private:
@@ -131,6 +145,7 @@ int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   benchmark::RegisterBenchmark("one line of a MiB", render, kTemplateBytes);
   benchmark::RegisterBenchmark("short lines", render, std::size_t{5});
+  benchmark::RegisterBenchmark("expanding a source", expand);
   benchmark::RegisterBenchmark("a plain copy", copy);
   benchmark::RegisterBenchmark("std::sort of integers", sort_integers);
   for (const auto& [name, order_by] : kKeys) {
@@ -139,9 +154,12 @@ int main(int argc, char** argv) {
   Medians medians;
   benchmark::RunSpecifiedBenchmarks(&medians);
 
-  toplist::bench::print_head("rendering a MiB of tags; ranking 100,000 rows");
-  medians.print("one line of a MiB", "short lines", 1.5);
-  medians.print("short lines", "a plain copy", 0);
-  for (const auto& [name, order_by] : kKeys) medians.print(name, "std::sort of integers", 3);
-  return 0;
+  toplist::bench::Table table("rendering a MiB of tags; ranking 100,000 rows");
+  medians.add_to(table, "one line of a MiB", "short lines", 1.5);
+  medians.add_to(table, "short lines", "a plain copy", 0);
+  medians.add_to(table, "expanding a source", "a plain copy", 30);
+  for (const auto& [name, order_by] : kKeys) {
+    medians.add_to(table, name, "std::sort of integers", 3);
+  }
+  return table.status();
 }

@@ -1,24 +1,28 @@
-// Whole runs against reading the same files with cat, and the digest against sha1sum: processes,
-// measured alternately.
+// Whole runs against reading the same files, by the floor and by cat, and the digest against
+// sha1sum: processes, measured alternately.
 //
-// usage: bench_runs PROGRAM ROUNDS SITE...     (sites in ascending order of their trades)
+// usage: bench_runs TOPLIST FLOOR ROUNDS SITE...     (sites in ascending order of their trades)
 
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "run/statistics.h"
 #include "run/trade_record.h"
 #include "table.h"
 #include "toplist/definitions.h"
+#include "util/fields.h"
 #include "util/file.h"
 #include "util/sha1.h"
 
@@ -26,11 +30,15 @@ namespace {
 
 namespace fs = std::filesystem;
 using toplist::bench::median;
-using toplist::bench::milliseconds;
-using toplist::bench::print_ratio;
+using toplist::bench::Table;
+using Command = std::vector<std::string>;
 
 constexpr double kDigestMebibytes = 256;
 constexpr double kBaseKibibytes = 16 * 1024;
+
+struct Programs {
+  std::string toplist, floor;
+};
 
 /// What one process took.
 struct Usage {
@@ -44,7 +52,7 @@ double seconds_of(const timeval& time) {
 }
 
 /// Runs a command in `folder`, its output thrown away.
-Usage run(const std::vector<std::string>& command, const fs::path& folder) {
+Usage run(const Command& command, const fs::path& folder) {
   std::vector<char*> words;
   words.reserve(command.size() + 1);
   for (const std::string& word : command) words.push_back(const_cast<char*>(word.c_str()));
@@ -79,7 +87,8 @@ struct Usages {
   }
 };
 
-/// The files that a run reads, each once, separated by NULs as "xargs -0" takes them.
+/// The files that a run reads, a NUL behind each as "xargs -0" takes them. Each is named once, also
+/// the templates, which a run reads twice: for the digest and for the page.
 std::string input_files(const fs::path& site) {
   std::string list;
   const auto add = [&list](const std::string& path) { list += path + '\0'; };
@@ -102,33 +111,61 @@ std::size_t trade_count(const fs::path& site) {
   return fs::file_size(site / "d/t/index") / sizeof(toplist::TradeRecord);
 }
 
-/// Returns the median wall time of a run.
-double compare_site(const std::string& program, int rounds, const fs::path& site) {
-  const fs::path list = fs::absolute(site) += ".files";
-  toplist::write_file(list, input_files(site));
-  const std::vector<std::string> cat{"xargs", "-0", "-a", list, "cat"};
-  const std::vector<std::string> toplist_run{program, "run"};
-  run(cat, site);  // fills the page cache for both
-  Usages cats, runs;
-  for (int i = 0; i < rounds; ++i) {
-    cats.add(run(cat, site));
-    runs.add(run(toplist_run, site));
+/// Bytes of the largest file in a list as input_files() gives it, or of the list itself.
+std::uintmax_t largest_file(const fs::path& site, const std::string& list) {
+  std::uintmax_t largest = list.size();
+  toplist::FieldReader paths(list, '\0');
+  for (std::string_view path; paths.next(path);) {
+    largest = std::max(largest, fs::file_size(site / path));
   }
+  return largest;
+}
+
+/// What `times` runs of a site took, and of what it is measured against, in turns.
+struct Comparison {
+  Comparison(const Programs& programs, const fs::path& site, int times) {
+    const std::string files = input_files(site);
+    const fs::path list = fs::absolute(site) += ".files";
+    toplist::write_file(list, files);
+    const Command floor{programs.floor, list, std::to_string(largest_file(site, files))};
+    const Command cat{"xargs", "-0", "-a", list, "cat"};
+    const Command toplist_run{programs.toplist, "run"};
+    for (const Command& command : {cat, toplist_run}) run(command, site);  // fills the page cache
+    for (int i = 0; i < times; ++i) {
+      floors.add(run(floor, site));
+      cats.add(run(cat, site));
+      runs.add(run(toplist_run, site));
+    }
+  }
+
+  Usages floors, cats, runs;
+};
+
+/// Small sites are measured more often: a run of theirs is short, and soon disturbed.
+int times_for(std::size_t trades, int rounds) {
+  if (trades <= 1000) return 9 * rounds;
+  return trades <= 10000 ? 3 * rounds : rounds;
+}
+
+/// Returns the median wall time of a run.
+double compare_site(const Programs& programs, int rounds, const fs::path& site, Table& table) {
   const std::size_t trades = trade_count(site);
-  const std::string what = std::to_string(trades) + " trades";
-  const double wall = median(runs.wall);
-  print_ratio(what + ", wall time / cat", milliseconds(wall), milliseconds(median(cats.wall)),
-              wall / median(cats.wall), trades <= 10000 ? 1.5 : 0);
-  print_ratio(what + ", processor time / cat", milliseconds(median(runs.processor)),
-              milliseconds(median(cats.processor)), median(runs.processor) / median(cats.processor),
-              0);
-  const double peak = median(runs.kibibytes);
-  print_ratio(what + ", KiB a trade beyond 16 MiB", std::to_string(static_cast<int>(peak)) + " KiB",
-              "", std::max(0.0, peak - kBaseKibibytes) / static_cast<double>(trades), 3);
+  const Comparison times(programs, site, times_for(trades, rounds));
+  const double wall = median(times.runs.wall);
+  const std::string what = std::to_string(trades) + " trades, ";
+  table.add_times(what + "wall time / floor", wall, median(times.floors.wall),
+                  trades <= 10000 ? 2.5 : 3);
+  table.add_times(what + "processor time / floor", median(times.runs.processor),
+                  median(times.floors.processor), 0);
+  table.add_times(what + "wall time / cat", wall, median(times.cats.wall),
+                  trades <= 10000 ? 1.5 : 0);
+  const double peak = median(times.runs.kibibytes);
+  table.add(what + "KiB a trade beyond 16 MiB", std::to_string(static_cast<int>(peak)) + " KiB", "",
+            std::max(0.0, peak - kBaseKibibytes) / static_cast<double>(trades), 3);
   return wall;
 }
 
-void compare_digests(int rounds, const fs::path& folder) {
+void compare_digests(int rounds, const fs::path& folder, Table& table) {
   const fs::path file = folder / "digest-input";
   std::string block(1024UL * 1024, '\0');
   for (std::size_t i = 0; i < block.size(); ++i) block[i] = static_cast<char>(i * 31 / 7);
@@ -144,24 +181,24 @@ void compare_digests(int rounds, const fs::path& folder) {
     ours.push_back(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
   }
   fs::remove(file);
-  print_ratio("digest of 256 MiB / sha1sum", milliseconds(median(ours)),
-              milliseconds(median(theirs)), median(ours) / median(theirs), 1);
+  table.add_times("digest of 256 MiB / sha1sum", median(ours), median(theirs), 1);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 4) return 2;
-  const std::string program = fs::absolute(argv[1]);
-  const int rounds = std::atoi(argv[2]);
-  toplist::bench::print_head("whole runs");
+  if (argc < 5) return 2;
+  const Programs programs{fs::absolute(argv[1]), fs::absolute(argv[2])};
+  const int rounds = std::atoi(argv[3]);
+  const std::vector<fs::path> sites(argv + 4, argv + argc);
+  Table table("whole runs");
   std::vector<double> walls;
-  for (int i = 3; i < argc; ++i) walls.push_back(compare_site(program, rounds, argv[i]));
+  walls.reserve(sites.size());
+  for (const fs::path& site : sites) walls.push_back(compare_site(programs, rounds, site, table));
   if (walls.size() > 1) {
-    const double last = walls.back(), before = walls[walls.size() - 2];
-    print_ratio("the largest site / the one before it", milliseconds(last), milliseconds(before),
-                last / before, 20);
+    table.add_times("the largest site / the one before it", walls.back(), walls[walls.size() - 2],
+                    12);
   }
-  compare_digests(rounds, fs::path(argv[3]).parent_path());
-  return 0;
+  compare_digests(rounds, sites.front().parent_path(), table);
+  return table.status();
 }

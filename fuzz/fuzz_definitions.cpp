@@ -35,7 +35,7 @@ std::vector<TradeRow> some_rows(Input& input) {
 
 void check_ranking(std::vector<TradeRow> rows, const std::string& order_by) {
   auto ranking = toplist::test::pointers_to<TradeRow>(rows);
-  toplist::rank_rows(ranking, order_by);
+  toplist::rank_rows(rows, order_by, ranking);
 
   std::vector<TradeRow> sorted = rows;
   std::sort(sorted.begin(), sorted.end(), toplist::rowBefore);

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <string>
 
-#include "harvest/harvest_worker.h"
 #include "harvest/link.h"
 #include "harvest/picture_search.h"
 #include "input.h"
@@ -49,20 +48,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   toplist::raw_http_request(host, url);
 
   int fetched = 0;
-  toplist::search_picture(
-      page, host,
-      [&](const std::string& address, std::string& image) {
-        require(address.starts_with("http://"), "an address that is not absolute");
-        for (const auto& tool : {toplist::kCurl, toplist::kFetch, toplist::kWget}) {
-          check_command(tool, address);
-        }
-        image = response;
-        ++fetched;
-      },
-      [](std::string& image) {
-        require(image.size() >= 2048, "a small picture was taken");
-        toplist::remove_response_head(image);
-      });
+  const auto fetch = [&](const std::string& address, std::string& image) {
+    require(address.starts_with("http://"), "an address that is not absolute");
+    for (const auto& tool : {toplist::kCurl, toplist::kFetch, toplist::kWget}) {
+      check_command(tool, address);
+    }
+    image = response;
+    ++fetched;
+  };
+  const auto store = [](std::string& image) {
+    require(image.size() >= 2048, "a small picture was taken");
+    toplist::remove_response_head(image);
+  };
+  toplist::search_picture(page, host, {.fetch = fetch, .store = store});
   require(fetched <= 10, "more than ten pictures");
   return 0;
 }

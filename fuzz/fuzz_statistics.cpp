@@ -1,5 +1,5 @@
 // The trade database, the extra columns, a history and the recent periods, from the same bytes; and
-// the percentage against exact integer arithmetic.
+// the percentage against its definition, step by step.
 
 #include <cstdint>
 #include <cstring>
@@ -39,7 +39,7 @@ Extended rounded_quotient(Wide numerator, Wide denominator) {
   return {quotient, exponent};
 }
 
-/// The percentage rule in integers: quotient, rounded; times 100, rounded; truncated.
+/// The percentage by its definition: quotient, rounded; times 100, rounded; truncated.
 std::int32_t exact_percentage(std::int32_t x, std::int32_t y) {
   if (x == 0 || y == 0) return 0;
   const auto magnitude = [](std::int32_t value) {

@@ -21,27 +21,28 @@ void open_standard_descriptors() {
   if (fd > STDERR_FILENO) ::close(fd);
 }
 
-/// Keeps a reader that went away from standard output from ending the run. A handler, unlike an
-/// ignored signal, is not inherited by the commands that the harvest runs.
-void survive_broken_pipes() {
-  std::signal(SIGPIPE, [](int) {});
+/// Keeps a reader that went away from standard output, and a file that reaches the scheduler's
+/// limit of its size, from ending the run: a write fails then, like any other. Handlers, unlike
+/// ignored signals, are not inherited by the commands that the harvest runs.
+void survive_failed_writes() {
+  for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, [](int) {});
 }
 
 }  // namespace
 
 /// The one argument is "run"; anything else does nothing. The status is 0, whatever failed:
 /// failures are in the system log. Only a malformed template line ends the process abnormally, by
-/// the std::out_of_range that is let through here on purpose.
+/// the StrayMark that is let through here (contract: status-zero) (contract: abnormal-stop).
 int main(int argc, char** argv) {
   if (argc != 2 || std::strcmp(argv[1], "run") != 0) return 0;
   open_standard_descriptors();
-  survive_broken_pipes();
+  survive_failed_writes();
   try {
     toplist::run_driver();
   } catch (const std::bad_alloc&) {
-    toplist::log_content_error(kOutOfMemory, toplist::Severity::run_ends);
+    toplist::log_failure(toplist::content_error(kOutOfMemory));
   } catch (const std::length_error&) {  // a file larger than any memory
-    toplist::log_content_error(kOutOfMemory, toplist::Severity::run_ends);
+    toplist::log_failure(toplist::content_error(kOutOfMemory));
   }
   return 0;
 }

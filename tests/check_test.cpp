@@ -14,8 +14,9 @@
 
 #include "support/site.h"
 #include "toplistctl/check/report.h"
-#include "toplistctl/digest.h"
+#include "toplistctl/output/whole_file.h"
 #include "toplistctl/show/show.h"
+#include "toplistctl/templates/digest.h"
 #include "util/sha1.h"
 
 namespace toplist::test {
@@ -25,23 +26,9 @@ using namespace toplist::ctl;
 
 constexpr std::size_t kRecordBytes = 996;
 
-/// Works in the site's root as long as it lives.
-class InSite {
- public:
-  explicit InSite(const Site& site) : before_(std::filesystem::current_path()) {
-    std::filesystem::current_path(site.path(""));
-  }
-  ~InSite() { std::filesystem::current_path(before_); }
-  InSite(const InSite&) = delete;
-  InSite& operator=(const InSite&) = delete;
-
- private:
-  std::filesystem::path before_;
-};
-
 Findings findings_in(const Site& site) {
   const InSite in_site(site);
-  return check_site(SiteData());
+  return check_site(SiteView(), "bin");  // in the site, for tests to put programs there
 }
 
 /// One finding per line: kind, file, place.
@@ -89,6 +76,26 @@ struct CleanSite : Site {
 
   void configure(const site::HarvestFile& values) const {
     write("d/tl/vantaig", site::encode_harvest_file(values));
+  }
+
+  /// Switches a harvest on that has all it needs but its programs.
+  void harvest_with(const std::string& image_tool, const std::string& method) const {
+    configure({.image_tool = image_tool, .fetch_method = method, .harvest = "1"});
+    make_dir("l/sys/net");
+  }
+
+  void add_program(const std::string& name) const {
+    make_dir("bin");
+    write("bin/" + name, "");
+    std::filesystem::permissions(path("bin/" + name), std::filesystem::perms::owner_all);
+  }
+
+  /// Gives the last trade, the only one that a harvest visits, another address.
+  void move_page(const std::string& url) const {
+    std::string index = read("d/t/index");
+    index.replace(11 * kRecordBytes + offsetof(TradeRecord, url), url.size() + 1, url.c_str(),
+                  url.size() + 1);
+    write("d/t/index", index);
   }
 
   /// Adds the toplist "x" with this template, order-by value, mode and page.
@@ -144,6 +151,16 @@ const Fault kFaults[] = {
      [](const CleanSite& s) { s.add_trade({.id = 99, .domain = "t01.example", .status = 0}); }},
     {"bad-domain d/t/index, record 13", Run::builds,
      [](const CleanSite& s) { s.add_trade({.id = 99, .domain = ""}); }},
+    {"bad-domain d/t/index, record 13", Run::builds,
+     [](const CleanSite& s) { s.add_trade({.id = 99, .domain = "-a.example"}); }},
+    {"bad-domain d/t/index, record 13", Run::builds,
+     [](const CleanSite& s) { s.add_trade({.id = 99, .domain = "a..example"}); }},
+    {"bad-domain d/t/index, record 13", Run::builds,
+     [](const CleanSite& s) { s.add_trade({.id = 99, .domain = "a.example."}); }},
+    {"bad-domain d/t/index, record 13", Run::builds,
+     [](const CleanSite& s) { s.add_trade({.id = 99, .domain = "a b.example"}); }},
+    {"", Run::builds,
+     [](const CleanSite& s) { s.add_trade({.id = 99, .domain = "A-1.b_c.example"}); }},
 
     // --- figures and columns ---
     {"unknown-sum-id d/t/sum, record 1\nno-sum-record d/t/sum", Run::builds,
@@ -182,7 +199,7 @@ const Fault kFaults[] = {
     {"thumbnail-folder l/none/", Run::leaves,
      [](const CleanSite& s) { s.configure({.thumb_dir = "l/none/", .thumbnail_optional = "0"}); }},
     {"harvest-folder l/none\nthumbnail-slash d/tl/vantaig, line 1\n"
-     "harvest-folder l/sys/net/",
+     "harvest-folder l/sys/net/\nmissing-tool d/tl/vantaig, line 5",
      Run::not_run,
      [](const CleanSite& s) {
        s.configure({.thumb_dir = "l/none", .fetch_method = "3", .harvest = "24"});
@@ -192,6 +209,34 @@ const Fault kFaults[] = {
      [](const CleanSite& s) {
        s.configure({.fetch_method = "4", .harvest = "1"});
        s.append("d/tl/vantaig", "more\n");
+     }},
+    {"missing-tool d/tl/vantaig, line 2\nmissing-tool d/tl/vantaig, line 5", Run::not_run,
+     [](const CleanSite& s) { s.harvest_with("convert -quiet", "1"); }},
+    {"", Run::not_run,
+     [](const CleanSite& s) {
+       s.harvest_with(s.path("bin/convert") + ";x", "1");
+       s.add_program("convert");
+       s.add_program("wget");
+     }},
+    {"", Run::not_run, [](const CleanSite& s) { s.harvest_with("A=1 convert", "0"); }},
+    {"", Run::not_run, [](const CleanSite& s) { s.harvest_with("ulimit -v 1; convert", "0"); }},
+    {"needs-downloader d/t/index, record 12", Run::not_run,
+     [](const CleanSite& s) {
+       s.harvest_with(":", "0");
+       s.move_page("https://t12.example/");
+     }},
+    {"needs-downloader d/t/index, record 12", Run::not_run,
+     [](const CleanSite& s) {
+       s.harvest_with("toplist-thumbnail", "0");
+       s.add_program("toplist-thumbnail");
+       s.move_page("http://x.example:81/");
+     }},
+    {"other-host d/t/index, record 12", Run::not_run,
+     [](const CleanSite& s) {
+       s.harvest_with("tool", "2");
+       s.add_program("tool");
+       s.add_program("fetch");
+       s.move_page("https://www.t02.example/");
      }},
 
     // --- definitions ---
@@ -218,6 +263,21 @@ const Fault kFaults[] = {
      [](const CleanSite& s) { s.define("1", "1", "top.html"); }},
     {"empty-toplist d/tl/tl, record 1", Run::builds,
      [](const CleanSite& s) { s.add_setting("top", "rin60=9999"); }},
+
+    // --- sources ---
+    {"source-differs d/tl/top.inc, line 1, column 12", Run::builds,
+     [](const CleanSite& s) {
+       s.write("d/tl/top.tpl.src", "<!-- include top.inc -->\n");
+       s.write("d/tl/top.inc", "%%tid_000%%, %%att00_011%%\n");
+     }},
+    {"source-differs d/tl/top.tpl.src, line 2, column 1", Run::builds,
+     [](const CleanSite& s) { s.write("d/tl/top.tpl.src", "x\n<!-- include none -->\n"); }},
+    {"", Run::builds,
+     [](const CleanSite& s) {
+       s.write("d/tl/top.tpl.src", s.read("d/tl/top.tpl"));
+       s.write("d/tl/tl.src", "not of the definitions");
+       s.write("d/tl/later.tpl.src", "not yet installed");
+     }},
 
     // --- settings and groups ---
     {"setting-fields d/tl/tl.ext, line 1", Run::builds,
@@ -341,13 +401,26 @@ TEST(Check, TellsBothCheckValues) {
                                      sha1_file_hex(site.path("d/tl/top.tpl")) + "\"");
 }
 
+TEST(Check, TellsWhosePictureTheImageToolWouldWorkOn) {
+  const CleanSite site;
+  site.harvest_with("tool", "0");
+  site.add_program("tool");
+  for (const auto& [url, owner] : {std::pair{"http://t02.example/", "the picture of record 2"},
+                                   {"http://x.example/", "which is no trade's"}}) {
+    site.move_page(url);
+    const Findings findings = findings_in(site);
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_TRUE(findings[0].message.ends_with(owner)) << findings[0].message;
+  }
+}
+
 TEST(Check, ReportsForPeopleAndPrograms) {
   const Kind kind{"some-kind", Effect::log, "Do this."};
   const Findings findings = {{&kind, "d/a\x1b", {.line = 3, .column = 14}, "bad \xff"},
                              {&kind, "d/b", {}, "worse"}};
   const CleanSite site;
   const InSite in_site(site);
-  const SiteData data;
+  const SiteView data;
   EXPECT_EQ(check_text(data, findings),
             "FILE  PLACE              KIND       A RUN             WHAT\n"
             "d/a?  line 3, column 14  some-kind  logs it, goes on  bad \xff\n"
@@ -374,13 +447,15 @@ TEST(Show, ToplistsTellWhatDropsTrades) {
   site.define("1", "0", "x.html");
   const InSite in_site(site);
   EXPECT_EQ(
-      show_toplists(SiteData(), Format::table),
-      "RECORD  TEMPLATE      PAGE        ORDER BY  BUILT     PASSING  PLACES  SHOWN  DROPPED BY\n"
-      "     1  d/tl/top.tpl  top.html           1  yes            12       2      2\n"
-      "     2  d/tl/few.tpl  few.html  99 (as 16)  yes             2       3      2  group 8, "
-      "rin60 "
-      "1, skipdomains 1\n"
-      "     3  d/tl/x.tpl    x.html             1  no: mode       12       0      0\n");
+      show_toplists(SiteView(), Format::table),
+      "RECORD  TEMPLATE      PAGE      ORDER BY    BUILT                           PASSING  "
+      "PLACES  SHOWN  DROPPED BY\n"
+      "     1  d/tl/top.tpl  top.html  1           yes                                  12  "
+      "     2      2\n"
+      "     2  d/tl/few.tpl  few.html  99 (as 16)  yes                                   2  "
+      "     3      2  group 8, rin60 1, skipdomains 1\n"
+      "     3  d/tl/x.tpl    x.html    1           skipped: its build mode is \"0\"       12  "
+      "     0      0\n");
 }
 
 TEST(Show, LogIsDecoded) {
@@ -388,7 +463,7 @@ TEST(Show, LogIsDecoded) {
       "|200612312359|toplist|1|d&#47;h&#47;a&#39;b.his|0||||\n"
       "|200701010000|other|7|x&#59;|y|1|&#60;|||\n"
       "no line of a log\n";
-  EXPECT_EQ(show_log(log, Format::table),
+  EXPECT_EQ(show_log(read_log(log), Format::table),
             "TIME              PROGRAM  WHAT         SUBJECT           IT       DETAIL\n"
             "2006-12-31 23:59  toplist  cannot open  d/h/a'b.his       went on\n"
             "2007-01-01 00:00  other    code 7       x;|y              gave up  <\n"
@@ -398,7 +473,7 @@ TEST(Show, LogIsDecoded) {
 TEST(Show, TradesStandAsInTheDatabase) {
   const Site site({{.id = -7, .domain = "a.example"}, {.id = 12, .domain = "b", .status = 2}});
   const InSite in_site(site);
-  EXPECT_EQ(show_trades(SiteData(), Format::table),
+  EXPECT_EQ(show_trades(SiteView(), Format::table),
             "RECORD  ID  STATUS  ACTIVE  DOMAIN     URL\n"
             "     1  -7       1  yes     a.example  http://a.example/\n"
             "     2  12       2  no      b          http://b/\n");
@@ -425,7 +500,29 @@ TEST(Digest, AFileIsReplacedUnderItsNameModeAndLink) {
   ASSERT_EQ(::stat(site.path("d/real").c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 07777, 0640U);
   EXPECT_EQ(site.contents().size(), before.size());  // no temporary file is left
-  EXPECT_EQ(replace_file(site.path("d/none"), "x"), ENOENT);
+}
+
+TEST(Digest, ANewFileComesWholeAndWithTheUsersMode) {
+  const Site site;
+  const mode_t mask = ::umask(027);
+  EXPECT_EQ(replace_file(site.path("d/new"), "x"), 0);
+  ::umask(mask);
+  struct stat status {};
+  ASSERT_EQ(::stat(site.path("d/new").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777, 0640U);
+
+  const auto before = site.contents();
+  std::filesystem::create_symlink("none", site.path("d/link"));
+  EXPECT_EQ(replace_file(site.path("d/link"), "x"), ENOENT);
+  EXPECT_EQ(replace_file(site.path("d/none/x"), "x"), ENOENT);
+  EXPECT_EQ(replace_file(site.path("d/tl"), "x"), EINVAL);
+  {
+    PreparedFiles dropped;
+    ASSERT_EQ(dropped.prepare(site.path("d/new"), "y"), 0);
+    EXPECT_EQ(site.read("d/new"), "x");
+  }
+  std::filesystem::remove(site.path("d/link"));
+  EXPECT_EQ(site.contents(), before);
 }
 
 }  // namespace

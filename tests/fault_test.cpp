@@ -16,11 +16,8 @@
 #include <thread>
 
 #include "run/run_driver.h"
+#include "support/sanitized.h"
 #include "support/site.h"
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define TOPLIST_SANITIZED
-#endif
 
 namespace toplist::test {
 namespace {
@@ -125,6 +122,20 @@ TEST(Fault, AFullDiskTakesThePageAndTheLogButNotTheRun) {
   EXPECT_EQ(site.run(), RunResult{});
   EXPECT_NE(site.read("first.html"), "");
   EXPECT_NE(site.read("free.html"), "");
+}
+
+TEST(Fault, FilesAtTheLimitOfTheirSizeTakeWhatTheyHoldButNotTheRun) {
+  const Site site;
+  fill(site);
+  site.write("d/tl/long.tpl", std::string(1000, 'x') + "\n");
+  site.write("d/tl/tl", "list|long.tpl|0|long.html|1|2||0|0|\n" + site.read("d/tl/tl"));
+  site.remove("d/gr/few");
+  const std::string log(600, 'x');
+  site.write("l/sys/sys.log", log);
+  EXPECT_EQ(site.start({.limit = "-f 1"}), RunResult{});  // 512 bytes
+  EXPECT_EQ(site.read("long.html"), std::string(512, 'x'));
+  EXPECT_NE(site.read("free.html"), "");
+  EXPECT_EQ(site.read("l/sys/sys.log"), log);
 }
 
 TEST(Fault, APathThroughAFileCannotBeWritten) {

@@ -1,7 +1,9 @@
 // Whole runs that harvest thumbnails: over the loopback network, and with stand-ins for the tools.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -20,7 +22,9 @@
 #include <vector>
 
 #include "harvest/harvest_worker.h"
+#include "net/raw_http.h"
 #include "support/loopback_server.h"
+#include "support/sanitized.h"
 #include "support/site.h"
 
 namespace toplist::test {
@@ -127,7 +131,11 @@ class HarvestSite : public Site {
     const std::filesystem::path before = std::filesystem::current_path();
     ::setenv("PATH", tools().c_str(), 1);
     std::filesystem::current_path(path(""));
-    harvest_trade(site::make_trade(1, "d.e", url));
+    Connections held_open;
+    harvest_trade(site::make_trade(1, "d.e", url),
+                  [&held_open](const std::string& host, const std::string& address) {
+                    return fetch_raw_http(host, address, held_open);
+                  });
     std::filesystem::current_path(before);
   }
 
@@ -205,16 +213,16 @@ TEST(HarvestRun, NothingIsExecutedOutOfHostilePagesHostsAndDomains) {
 }
 
 TEST(HarvestRun, TradesThatWouldLeaveTheirPlaceGetNothing) {
-  const HarvestSite site(Visits{{"a/b", "http://slash.e/"},
-                                {"../../x", "http://dots.e/"},
+  const HarvestSite site(Visits{{"../../x", "http://dots.e/"},
+                                {"a/../../x", "http://dots2.e/"},
                                 {"empty.e", ""},
                                 {"scheme.e", "http://"},
                                 {"path.e", "http:///12345"},
                                 {"option.e", "-Koption"},
                                 {"control.e", "http://control.e/\t/"},
                                 {"directory.e", "http://directory.e/"}});
-  site.serve_partner("slash.e");
   site.serve_partner("dots.e");
+  site.serve_partner("dots2.e");
   site.make_dir("l/thumbs/a");
   site.make_dir("l/sys/net/directory.e");
   const auto expected = site.contents();
@@ -226,6 +234,96 @@ TEST(HarvestRun, TradesThatWouldLeaveTheirPlaceGetNothing) {
   for (const char* url : {"<>", "<http://>", "<http:///12345>", "<-Koption>", "control"}) {
     EXPECT_EQ(log.find(url), std::string::npos) << url;
   }
+}
+
+TEST(HarvestRun, ADomainMayNameAFolderInsideOfTheThumbnailsOwn) {
+  const HarvestSite site(Visits{{"a/b", "http://h1.e/"}, {"none/b", "http://h2.e/"}});
+  site.serve_partner("h1.e");
+  site.serve_partner("h2.e");
+  site.make_dir("l/thumbs/a");
+  EXPECT_EQ(site.harvest(), RunResult{});
+  EXPECT_EQ(site.listing("l/thumbs"), (Files{{"a", "(directory)"}, {"a/b.jpg", kPicture}}));
+  EXPECT_EQ(lines_of(site.read("tool.log")),
+            lines_of(tool_line("h1.e", "a/b") + tool_line("h2.e", "none/b")));
+}
+
+TEST(TradeHarvest, StoresNothingOutsideOfTheThumbnailFolder) {
+  const struct {
+    const char *folder, *domain, *path;
+  } cases[] = {
+      {"t/", "d.e", "t/d.e.jpg"},
+      {"t/", "/d.e", "t//d.e.jpg"},
+      {"t/", "a/./b", "t/a/./b.jpg"},
+      {"t/", "a/..b/c", "t/a/..b/c.jpg"},
+      {"t/", "..", "t/...jpg"},
+      {"t/", "a/..", "t/a/...jpg"},
+      {"t/", "../d.e", ""},
+      {"t/", "a/../d.e", ""},
+      {"", "d.e", "d.e.jpg"},
+      {"", "/d.e", ""},
+      {"", "../d.e", ""},
+      {"t/x_", "../d.e", "t/x_../d.e.jpg"},
+      {"t/.", "./d.e", ""},
+      {"../t/", "d.e", "../t/d.e.jpg"},
+      {"/t/", "a/d.e", "/t/a/d.e.jpg"},
+      {"/t/", "..//d.e", ""},
+  };
+  for (const auto& c : cases) {
+    const HarvestConfig config = parse_harvest_config(c.folder, "");
+    const TradeHarvest harvest(site::make_trade(1, c.domain, ""), config, nullptr);
+    EXPECT_EQ(harvest.thumbnail_path(), c.path) << c.folder << " " << c.domain;
+  }
+}
+
+// As pages write them: src="/12345.jpg" and then the end of the line.
+TEST(HarvestRun, ControlCharactersAtTheEndsOfAddressesAreNoPartOfThem) {
+  const HarvestSite site(Visits{{"d.e", "\thttp://h.e/\r\n"}});
+  site.serve("http://h.e/", "<a href=/><img src=\"/12345\"\n alt=x></a>");
+  site.serve("http://h.e/12345", kPicture);
+  EXPECT_EQ(site.harvest(), RunResult{});
+  EXPECT_EQ(site.read("fetch.log"),
+            fetch_line("h.e", "http://h.e/") + fetch_line("h.e.jpg", "http://h.e/12345"));
+  EXPECT_EQ(site.listing("l/thumbs"), (Files{{"d.e.jpg", kPicture}}));
+}
+
+/// A folder on a file system whose files can be as large as numbers go; it goes with this object.
+class HugeFolder {
+ public:
+  HugeFolder() : path_("/dev/shm/toplist-XXXXXX") { usable_ = ::mkdtemp(path_.data()) != nullptr; }
+  ~HugeFolder() {
+    if (usable_) std::filesystem::remove_all(path_);
+  }
+  HugeFolder(const HugeFolder&) = delete;
+  HugeFolder& operator=(const HugeFolder&) = delete;
+
+  [[nodiscard]] const std::string& path() const { return path_; }
+  /// Whether a file of the greatest size can be made there.
+  [[nodiscard]] bool takes_huge_files() const {
+    const UniqueFd fd(::open((path_ + "/x").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+    return usable_ && fd && ::ftruncate(fd.get(), INT64_MAX) == 0;
+  }
+
+ private:
+  std::string path_;
+  bool usable_;
+};
+
+TEST(HarvestRun, ADownloadLargerThanAnyMemoryEndsThatTradesHarvestOnly) {
+#ifdef TOPLIST_SANITIZED
+  GTEST_SKIP() << "sanitizers end the process themselves when an allocation fails";
+#endif
+  const HugeFolder folder;
+  if (!folder.takes_huge_files()) GTEST_SKIP() << "no file system for it";
+  const HarvestSite site(Visits{{"huge.e", "http://huge.e/"}, {"d.e", "http://h.e/"}});
+  site.serve_partner("h.e");
+  site.remove("l/sys/net");
+  std::filesystem::create_directory_symlink(folder.path(), site.path("l/sys/net"));
+  site.write("bin/fetch",
+             std::string(kFetchScript) +
+                 "case $5 in *huge*) truncate -s 9223372036854775807 \"$4\" ;; esac\n");
+  EXPECT_EQ(site.harvest(), RunResult{});
+  EXPECT_EQ(site.listing("l/thumbs"), (Files{{"d.e.jpg", kPicture}}));
+  EXPECT_EQ(site.log(), "");
 }
 
 TEST(HarvestRun, TheToolRunsEvenIfTheThumbnailCannotBeWritten) {
@@ -322,7 +420,14 @@ Answer partner_site(const std::string& url) {
   const Files files = partner_files(url.substr(host, path - host));
   const auto file = files.find(url.substr(path));
   if (file == files.end()) return {Answer::How::send, "HTTP/1.0 404 Not Found\r\n\r\nnone"};
-  return {Answer::How::send, "HTTP/1.0 200 OK\r\nConnection: close\r\n\r\n" + file->second};
+  const std::string& body = file->second;
+  // Some servers keep the connection, as the built-in client asks for, and wait for the client's
+  // end.
+  if (file->first == "/first" || file->first == "/second") {
+    return {Answer::How::keep, "HTTP/1.1 200 OK\r\nConnection: keep-alive\r\nContent-Length: " +
+                                   std::to_string(body.size()) + "\r\n\r\n" + body};
+  }
+  return {Answer::How::send, "HTTP/1.0 200 OK\r\nConnection: close\r\n\r\n" + body};
 }
 
 /// The pages of trades 11 to 19.
@@ -406,7 +511,11 @@ TEST_P(HarvestMethods, GiveEachTradeItsThumbnailAndShowThoseThatHaveOne) {
   EXPECT_EQ(site.read("top.html"), "trade3.e\ntrade11.e\ntrade16.e\ntrade18.e\n \n");
 
   std::string asked_for = site.read("fetch.log");
-  for (const Request& request : server->requests()) asked_for += "<" + request.url + ">\n";
+  for (const Request& request : server->requests()) {
+    asked_for += "<" + request.url + ">\n";
+    const bool kept = request.url.ends_with("/first") || request.url.ends_with("/second");
+    EXPECT_TRUE(!kept || request.ended == Request::Ended::complete) << request.url;
+  }
   for (std::size_t i = kFirstVisited; i < kTrades; ++i) {
     EXPECT_NE(asked_for.find("<" + PartnerSite::url_at(*server, i) + ">"), std::string::npos) << i;
   }
@@ -429,6 +538,43 @@ TEST(HarvestRun, ThePictureMayBeOnAnotherHost) {
   site.configure("0");
   EXPECT_EQ(site.harvest(), RunResult{});
   EXPECT_EQ(site.listing("l/thumbs"), (Files{{"a.e.jpg", partner_picture(picture_url)}}));
+}
+
+/// A partner whose page and pictures are all above the limit; a picture's last byte is read as
+/// well.
+Answer endless_partner(const std::string& url) {
+  const std::string head = "HTTP/1.0 200 OK\r\n\r\n";
+  if (url.ends_with("/")) {
+    std::string page = head;
+    for (int i = 0; i < 10; ++i) page += link_to("/1234" + std::to_string(i));
+    return {Answer::How::send, page};
+  }
+  return {Answer::How::send, head + std::string(kReceiveLimitBytes - head.size(), 'x')};
+}
+
+// Each response above the limit holds a descriptor, ten for a trade: the harvest may run out of
+// them, the pages behind it may not.
+TEST(HarvestRun, PagesAreBuiltHoweverManyConnectionsAreHeldOpen) {
+  const auto server = listen(2, 80, endless_partner);
+  if (!server) GTEST_SKIP() << kNoPort80;
+  const struct {
+    const char* limit;
+    std::size_t fewest_requests;
+  } cases[] = {{"-n 16", 0}, {"-Sn 16", 22}};  // 16 for good: not all; 16 to begin with: all
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.limit);
+    const HarvestSite site(Visits{{"a.e", "http://" + server->host(0) + "/"},
+                                  {"b.e", "http://" + server->host(1) + "/"}});
+    site.configure("0");
+    site.add_trade({.id = 7, .domain = "c.e"});
+    site.add_toplist("top", "%%tid_000%%\n");
+    const std::size_t before = server->requests().size();
+    const RunResult result = site.start({.limit = c.limit});
+    EXPECT_EQ(result, RunResult{.out = result.out});  // a note for each
+    EXPECT_EQ(site.read("top.html"), "7\n");
+    EXPECT_EQ(site.log(), "");
+    EXPECT_GE(server->requests().size() - before, c.fewest_requests);
+  }
 }
 
 TEST(HarvestWorker, WithoutAFetchMethodAsksNobody) {

@@ -16,6 +16,7 @@
 #include "harvest/harvest_worker.h"
 #include "harvest/link.h"
 #include "harvest/picture_search.h"
+#include "harvest/trade_harvest.h"
 
 namespace toplist {
 namespace {
@@ -104,13 +105,17 @@ const struct {
 
 TEST(Link, PicksThePictureOfTheFirstLink) {
   for (const auto& c : kPicks) {
-    EXPECT_EQ(pick_thumbnail_link(c.chunk, kHost), c.picture) << c.chunk;
+    const ThumbnailLink link = pick_thumbnail_link(c.chunk, kHost);
+    EXPECT_EQ(link.picture, c.picture) << c.chunk;
+    EXPECT_EQ(link.refusal.empty(), !link.picture.empty()) << c.chunk;
   }
 }
 
 TEST(Link, TheHostKeepsItsCaseAgainstTheLowerCasedPage) {
-  EXPECT_EQ(pick_thumbnail_link("<a href=http://H.Example/><img src=p></a>", "H.Example"), "");
-  EXPECT_EQ(pick_thumbnail_link("<a href=/x><img src=/P></a>", "H.Example"), "http://H.Example/p");
+  EXPECT_EQ(pick_thumbnail_link("<a href=http://H.Example/><img src=p></a>", "H.Example").picture,
+            "");
+  EXPECT_EQ(pick_thumbnail_link("<a href=/x><img src=/P></a>", "H.Example").picture,
+            "http://H.Example/p");
 }
 
 struct CandidateCase {
@@ -131,7 +136,9 @@ TEST(Candidate, IsLongEnoughNumberedAndNoOrnament) {
       {"http://logohost/12345", false},
       {"http://h.e/l-ogo12345", true},
   };
-  for (const auto& c : kCases) EXPECT_EQ(is_candidate(c.address), c.taken) << c.address;
+  for (const auto& c : kCases) {
+    EXPECT_EQ(candidate_fault(c.address).empty(), c.taken) << c.address;
+  }
 }
 
 TEST(Picture, IsLargeEnoughAndNoPage) {
@@ -140,13 +147,13 @@ TEST(Picture, IsLargeEnoughAndNoPage) {
     return text;
   };
   const std::string padding(2048, 'x');
-  EXPECT_FALSE(is_picture(""));
-  EXPECT_FALSE(is_picture("-1"));
-  EXPECT_FALSE(is_picture(sized("HTTP/1.0 200 OK\r\n\r\n", 2047)));
-  EXPECT_TRUE(is_picture(sized("HTTP/1.0 200 OK\r\n\r\n", 2048)));
-  EXPECT_FALSE(is_picture(padding + "<html>"));
-  EXPECT_FALSE(is_picture("<body" + padding));
-  EXPECT_TRUE(is_picture(padding + "<HTML><BODY><html lang=x>< body"));
+  EXPECT_NE(picture_fault(""), "");
+  EXPECT_NE(picture_fault("-1"), "");
+  EXPECT_NE(picture_fault(sized("HTTP/1.0 200 OK\r\n\r\n", 2047)), "");
+  EXPECT_EQ(picture_fault(sized("HTTP/1.0 200 OK\r\n\r\n", 2048)), "");
+  EXPECT_NE(picture_fault(padding + "<html>"), "");
+  EXPECT_NE(picture_fault("<body" + padding), "");
+  EXPECT_EQ(picture_fault(padding + "<HTML><BODY><html lang=x>< body"), "");
 }
 
 /// A search over a page: what it asked for, and what it stored.
@@ -162,17 +169,16 @@ Search search(const std::vector<std::string>& paths, const Web& web, bool cut_he
   std::string page;
   for (const std::string& path : paths) page += link_to(path);
   Search result;
-  search_picture(
-      page, kHost,
-      [&](const std::string& address, std::string& image) {
-        const std::string path = address.substr(address.find(kHost) + std::strlen(kHost));
-        result.fetched.push_back(path);
-        image = web.contains(path) ? web.at(path) : "-1";
-      },
-      [&](std::string& image) {
-        if (cut_heads) remove_response_head(image);
-        result.stored.push_back(image);
-      });
+  const auto fetch = [&](const std::string& address, std::string& image) {
+    const std::string path = address.substr(address.find(kHost) + std::strlen(kHost));
+    result.fetched.push_back(path);
+    image = web.contains(path) ? web.at(path) : "-1";
+  };
+  const auto store = [&](std::string& image) {
+    if (cut_heads) remove_response_head(image);
+    result.stored.push_back(image);
+  };
+  search_picture(page, kHost, {.fetch = fetch, .store = store});
   return result;
 }
 
@@ -272,7 +278,7 @@ struct Roll {
   std::mutex mutex;
   std::condition_variable changed;
   std::size_t trades = 0;  ///< in the whole database
-  std::vector<TradeRecord*> visited;
+  std::vector<const TradeRecord*> visited;
   std::size_t ended = 0;
   bool group_met = true;     ///< every thread saw all others of its group start
   bool barrier_held = true;  ///< no thread started before the groups in front of its own had ended
@@ -283,7 +289,7 @@ Roll* roll = nullptr;  // a thread function has no other way to it
 /// A stand-in for the worker that stays until its whole group is there. The trades' ids are their
 /// indices.
 void* report(void* argument) {
-  auto* const trade = static_cast<TradeRecord*>(argument);
+  const TradeRecord* const trade = static_cast<HarvestVisit*>(argument)->trade;
   const std::size_t place = static_cast<std::size_t>(trade->trade_id) - 11;
   const std::size_t group_start = place / 8 * 8;
   const std::size_t group_end = std::min(group_start + 8, roll->trades - 11);
@@ -313,7 +319,7 @@ TEST(HarvestThreads, VisitEveryTradeFromIndexElevenOnInGroupsOfEight) {
     }
     harvest_thumbnails(trades, report);
 
-    std::vector<TradeRecord*> expected;
+    std::vector<const TradeRecord*> expected;
     for (std::size_t i = 11; i < count; ++i) expected.push_back(&trades[i]);
     std::sort(here.visited.begin(), here.visited.end());
     EXPECT_EQ(here.visited, expected);

@@ -1,6 +1,8 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <netdb.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -11,6 +13,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <thread>
@@ -18,6 +21,7 @@
 
 #include "net/downloader.h"
 #include "net/raw_http.h"
+#include "net/response_reader.h"
 #include "support/loopback_server.h"
 #include "support/temp_dir.h"
 #include "util/shell.h"
@@ -42,9 +46,14 @@ struct Fetched {
 
 const Fetched kFailure{"-1"};
 
+std::string fetch_text(const std::string& host, const std::string& url, std::uint16_t port) {
+  Connections held_open;
+  return fetch_raw_http(host, url, held_open, port);
+}
+
 Fetched fetch(const std::string& host, const std::string& url, std::uint16_t port) {
   testing::internal::CaptureStdout();
-  std::string response = fetch_raw_http(host, url, port);
+  std::string response = fetch_text(host, url, port);
   return {std::move(response), testing::internal::GetCapturedStdout()};
 }
 
@@ -145,10 +154,10 @@ TEST(RawHttp, ConnectionsThatAreNotTakenUpTimeOutAndPrintNothing) {
   ASSERT_EQ(::listen(full.get(), 0), 0);
   const std::string url = "http://" + host + "/";
   // The first one fills the queue: it is connected, and gets no answer.
-  std::thread first([&] { fetch_raw_http(host, url, port); });
+  std::thread first([&] { fetch_text(host, url, port); });
   std::this_thread::sleep_for(std::chrono::milliseconds(200));
   testing::internal::CaptureStdout();
-  EXPECT_EQ(fetch_raw_http(host, url, port), "-1");
+  EXPECT_EQ(fetch_text(host, url, port), "-1");
   first.join();
   EXPECT_EQ(testing::internal::GetCapturedStdout(), kTimeoutNote);  // the first one's alone
 }
@@ -175,7 +184,7 @@ TEST(RawHttp, SlowResponsesArriveWholeAcrossInterruptions) {
   ::sigaction(SIGALRM, &former, nullptr);
 }
 
-TEST(RawHttp, ResponsesAboveTheLimitAreRefusedAndTheirSocketStaysOpen) {
+TEST(RawHttp, ResponsesAboveTheLimitAreRefusedAndTheirConnectionIsHandedOverOpen) {
   constexpr std::size_t kMiB10 = 10485760;
   const struct {
     std::size_t size;
@@ -183,26 +192,23 @@ TEST(RawHttp, ResponsesAboveTheLimitAreRefusedAndTheirSocketStaysOpen) {
   } cases[] = {{2048, true}, {10484736, true}, {10484737, false}, {kMiB10 + 300000, false}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.size);
-    const std::set<int> before = open_descriptors();
-    {
-      std::string bytes(c.size, 'x');
-      bytes.back() = 'e';
-      const auto server = serve({How::send, bytes});
-      const Fetched fetched = fetch_from(*server);
-      EXPECT_TRUE(fetched.response == (c.taken ? bytes : "-1")) << fetched.response.size();
-      EXPECT_EQ(fetched.out, c.taken ? "" : kTooLargeNote);
-    }
-    std::set<int> left = open_descriptors();
-    for (const int fd : before) left.erase(fd);
-    EXPECT_EQ(left.size(), c.taken ? 0U : 1U);
-    for (const int fd : left) {
-      EXPECT_EQ(::fcntl(fd, F_GETFD), FD_CLOEXEC) << "children must not inherit it";
-      ::close(fd);
+    std::string bytes(c.size, 'x');
+    bytes.back() = 'e';
+    const auto server = serve({How::send, bytes});
+    Connections held_open;
+    testing::internal::CaptureStdout();
+    const std::string response = fetch_raw_http(
+        server->address(), "http://" + server->address() + "/", held_open, server->port());
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), c.taken ? "" : kTooLargeNote);
+    EXPECT_TRUE(response == (c.taken ? bytes : "-1")) << response.size();
+    ASSERT_EQ(held_open.size(), c.taken ? 0U : 1U);
+    for (const UniqueFd& connection : held_open) {
+      EXPECT_EQ(::fcntl(connection.get(), F_GETFD), FD_CLOEXEC) << "children must not inherit it";
     }
   }
 }
 
-TEST(RawHttp, DescriptorsBeyondTheReachOfSelectAreRefused) {
+TEST(RawHttp, ADescriptorOfAnyNumberWorks) {
   rlimit former{};
   ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &former), 0);
   rlimit raised = former;
@@ -214,12 +220,102 @@ TEST(RawHttp, DescriptorsBeyondTheReachOfSelectAreRefused) {
     do {
       filling.emplace_back(::open("/dev/null", O_RDONLY | O_CLOEXEC));
     } while (filling.back() && filling.back().get() < FD_SETSIZE);
-    EXPECT_EQ(fetch_raw_http(server->address(), "http://" + server->address(), server->port()),
-              "-1");
-    filling.clear();
     EXPECT_EQ(fetch_from(*server).response, "answer");
   }
   ::setrlimit(RLIMIT_NOFILE, &former);
+}
+
+// A server that keeps the connection would be waited for until it gives up.
+TEST(RawHttp, EndsItsSideOnceTheResponseIsCompleteAndReadsOn) {
+  const std::string whole =
+      "HTTP/1.1 200 OK\r\nConnection: keep-alive\r\nContent-Length: 4\r\n\r\nbody";
+  const auto server = serve({How::keep, whole, "beyond"});
+  EXPECT_EQ(fetch_from(*server), Fetched{whole + "beyond"});
+  ASSERT_EQ(server->requests().size(), 1U);
+  EXPECT_EQ(server->requests()[0].ended, test::Request::Ended::complete);
+}
+
+TEST(RawHttp, APeerThatIsGoneIsNoticed) {
+  const auto server = serve({How::send, std::string(kReceiveLimitBytes, 'x')});
+  Connections held_open;
+  get_raw_http(server->address(), "http://" + server->address() + "/", held_open, server->port());
+  ASSERT_EQ(held_open.size(), 1U);
+  const auto option = [fd = held_open[0].get()](int level, int name) {
+    int value = 0;
+    socklen_t size = sizeof value;
+    EXPECT_EQ(::getsockopt(fd, level, name, &value, &size), 0);
+    return value;
+  };
+  EXPECT_EQ(option(SOL_SOCKET, SO_KEEPALIVE), 1);
+  const int idle = option(IPPROTO_TCP, TCP_KEEPIDLE), pause = option(IPPROTO_TCP, TCP_KEEPINTVL);
+  EXPECT_LE(idle + pause * option(IPPROTO_TCP, TCP_KEEPCNT), 60);
+}
+
+// Responses
+
+const struct {
+  const char* head;
+  std::optional<std::uint64_t> length;
+} kHeads[] = {
+    {"HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\n", 5},
+    {"HTTP/1.0 404 Not Found\ncontent-LENGTH:0005 \t\n\n", 5},
+    {"HTTP/1.1 206\r\nA: b\r\nContent-Length : 0\r\n\r\n", 0},
+    {"HTTP/1.1 200 OK\r\nContent-Length: 18446744073709551615\r\n\r\n", UINT64_MAX},
+    {"HTTP/1.1 200 OK\r\nA: Content-Length: 5\r\nContent-Lengths: 5\r\n\r\n", {}},
+    // No length, or no valid one.
+    {"HTTP/1.1 200 OK\r\nContent-Length: 18446744073709551616\r\n\r\n", {}},
+    {"HTTP/1.1 200 OK\r\nContent-Length: -1\r\n\r\n", {}},
+    {"HTTP/1.1 200 OK\r\nContent-Length: +5\r\n\r\n", {}},
+    {"HTTP/1.1 200 OK\r\nContent-Length: 0x5\r\n\r\n", {}},
+    {"HTTP/1.1 200 OK\r\nContent-Length: 5, 5\r\n\r\n", {}},
+    {"HTTP/1.1 200 OK\r\nContent-Length: 5\r\r\n\r\n", {}},
+    {"HTTP/1.1 200 OK\r\nContent-Length:\r\n\r\n", {}},
+    {"HTTP/1.1 200 OK\r\nContent-Length\r\n\r\n", {}},
+    // More than one, and folded lines.
+    {"HTTP/1.1 200 OK\r\nContent-Length: 5\r\ncontent-length: 5\r\n\r\n", {}},
+    {"HTTP/1.1 200 OK\r\nContent-Length: 5\r\nContent-Length: x\r\n\r\n", {}},
+    {"HTTP/1.1 200 OK\r\nContent-Length: 5\r\n 0\r\n\r\n", {}},
+    {"HTTP/1.1 200 OK\r\nA: b\r\n\tContent-Length: 5\r\n\r\n", {}},
+    // The body may end elsewhere.
+    {"HTTP/1.1 200 OK\r\nContent-Length: 5\r\nTransfer-Encoding: chunked\r\n\r\n", {}},
+    {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\nContent-Length: 5\r\n\r\n", {}},
+    {"HTTP/1.1 100 Continue\r\nContent-Length: 0\r\n\r\n", {}},
+    {"HTTP/1.1\r\nContent-Length: 5\r\n\r\n", {}},
+    {"ICY 200 OK\r\nContent-Length: 5\r\n\r\n", {}},
+    {"\r\nHTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\n", {}},
+    {"", {}},
+};
+
+TEST(Response, AnnouncesItsLengthBeyondDoubtOrNotAtAll) {
+  for (const auto& c : kHeads) EXPECT_EQ(announced_length(c.head), c.length) << c.head;
+}
+
+TEST(Response, IsCompleteFromTheLastAnnouncedByteOnInWhateverPiecesItComes) {
+  const struct {
+    const char *head, *body;
+    bool announced;
+  } cases[] = {
+      {"HTTP/1.1 200 OK\r\nContent-Length: 8\r\n\r\n", "1\r\n\r\n678", true},
+      {"HTTP/1.1 200 OK\nContent-Length: 8\n\n", "\n\n345678", true},
+      {"HTTP/1.1 200 OK\r\nContent-Length: 8\n\r\n", "12345678", true},
+      {"HTTP/1.1 304 Not Modified\r\nContent-Length: 0\r\n\r\n", "", true},
+      {"HTTP/1.1 200 OK\r\n\r\n", "Content-Length: 1\r\n\r\n12345678", false},
+  };
+  for (const auto& c : cases) {
+    const std::string head = c.head, whole = head + c.body;
+    for (std::size_t piece = 1; piece <= whole.size(); ++piece) {
+      SCOPED_TRACE(head + " in pieces of " + std::to_string(piece));
+      ResponseReader response;
+      for (std::size_t at = 0; at < whole.size(); at += piece) {
+        EXPECT_FALSE(response.is_complete()) << at;
+        response.append(std::string_view(whole).substr(at, piece));
+      }
+      EXPECT_EQ(response.is_complete(), c.announced);
+      response.append("beyond");
+      EXPECT_EQ(response.is_complete(), c.announced);
+      EXPECT_EQ(response.take(), whole + "beyond");
+    }
+  }
 }
 
 // Downloaders
@@ -292,7 +388,7 @@ TEST(Fetchers, RefuseControlCharactersAndOptions) {
   const std::string url = "http://" + server->host() + "/x";
   const std::string controls("\0\1\t\n\r\x1f\x7f", 7);
   for (const char c : controls) {
-    EXPECT_EQ(fetch_raw_http(server->address(), url + c + "y", server->port()), "-1");
+    EXPECT_EQ(fetch_text(server->address(), url + c + "y", server->port()), "-1");
   }
   // What lies at the temporary path is read back unless the address is refused.
   const std::string left = directory.write("left", "left behind");

@@ -30,9 +30,7 @@ std::int32_t figure(TradeRow& row, std::string_view name, std::size_t period) {
   };
   const std::int32_t value = counter(name.substr(0, 3));
   if (name.size() == 3) return value;
-  const std::int32_t denominator = counter(name.substr(4));
-  if (denominator == 0) return 0;
-  return static_cast<std::int32_t>(static_cast<long double>(value) / denominator * 100);
+  return percentage(value, counter(name.substr(4)));
 }
 
 /// A row in which all figures differ, as do the ratios; the stored percentages are nonsense.
@@ -85,7 +83,7 @@ TEST(Ranking, AnyOtherOrderByValueRanksByRin24) {
 TEST(Ranking, RatiosAreTruncatedAndZeroDenominatorsGiveZero) {
   const auto order = [](std::string_view key, std::vector<TradeRow> rows) {
     auto pointers = test::pointers_to<TradeRow>(rows);
-    rank_rows(pointers, std::string(key));
+    rank_rows(rows, std::string(key), pointers);
     std::string ids;
     for (const TradeRow* row : pointers) {
       EXPECT_EQ(row->order_key, key);
@@ -123,7 +121,7 @@ TEST(Ranking, IsThePermutationOfStdSort) {
     for (const char* key : {"1", "57", "57", "2", "12", "abc", "3"}) {
       for (TradeRow& row : sorted) row.order_key = key;
       std::sort(sorted.begin(), sorted.end(), rowBefore);
-      rank_rows(ranked, key);
+      rank_rows(rows, key, ranked);
       ASSERT_TRUE(std::equal(sorted.begin(), sorted.end(), ranked.begin(), ranked.end(),
                              [](const TradeRow& a, const TradeRow* b) { return a.id == b->id; }))
           << count << " rows by " << key;

@@ -2,13 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
 #include "support/render_fixture.h"
-#include "support/temp_dir.h"
 
 namespace toplist {
 namespace {
@@ -20,12 +18,12 @@ constexpr std::int64_t kUsedUp = 50001;  ///< The counter once a template's pass
 struct Expansion {
   std::string page = {};
   std::int64_t passes = 0;
-  std::optional<std::size_t> stray_column = {};
+  bool complete = true;
 };
 
 Expansion expand(const std::string& line, RankedRows rows, std::int64_t passes = 0) {
-  Expansion result{.passes = passes};
-  result.stray_column = expand_tags(line, rows, result.passes, result.page);
+  Expansion result{.page = line, .passes = passes};
+  result.complete = expand_tags(result.page, rows, result.passes);
   return result;
 }
 
@@ -82,35 +80,24 @@ TEST_F(Render, ExpandsTagsAndCountsPasses) {
   };
   for (const auto& c : cases) {
     const Expansion result = expand(c.line, ranked_);
-    EXPECT_FALSE(result.stray_column) << c.line;
+    EXPECT_TRUE(result.complete) << c.line;
     EXPECT_EQ(result.page, c.page) << c.line;
     EXPECT_EQ(result.passes, c.passes) << c.line;
   }
   EXPECT_EQ(expand("A%%tid_000%%B", {}).page, "A B");
-  std::int64_t passes = 0;
-  std::string page = "before ";
-  EXPECT_FALSE(expand_tags("A%%tid_000%%B", ranked_, passes, page));
-  EXPECT_EQ(page, "before A42B");
 }
 
 TEST_F(Render, AMarkTooCloseToTheEndOfItsLineStops) {
-  const struct {
-    std::string line;
-    std::size_t column;
-  } cases[] = {
-      {"50%%", 3},
-      {"%%tid_000%", 1},
-      {"A%%tid_000%%B50%%", 16},
-      {std::string(13, '%'), 12},
-      {"%%tid_009%%%%dom_000%%", 21},  // " dom_000%%": a missing rank swallows 13 characters
-      {"%%tid_000% %%tid_000%%", 21},
-      {"%%att_001%%%%dom_001%%.", 21},
-      {"<%%tit_000%%%des_000%%>", 21},
-  };
-  for (const auto& c : cases) EXPECT_EQ(expand(c.line, ranked_).stray_column, c.column) << c.line;
-  // The mark came with a value.
-  const auto column = expand("%%img_002%%......", ranked_).stray_column;
-  EXPECT_TRUE(column && *column <= 17);
+  for (const char* line : {"50%%", "%%tid_000%", "%%tid_009%%%%dom_000%%",
+                           "<%%tit_000%%%des_000%%>", "%%img_002%%......"}) {
+    EXPECT_FALSE(expand(line, ranked_).complete) << line;
+  }
+  try {
+    render_template("d/tl/top.tpl", "a\n<tlxt>\n</tlxt>\n%%tid_000%% 50%%\nb\n", ranked_);
+    FAIL() << "did not stop";
+  } catch (const std::out_of_range& stop) {
+    EXPECT_TRUE(std::string_view(stop.what()).starts_with("d/tl/top.tpl, line 4: ")) << stop.what();
+  }
 }
 
 TEST_F(Render, NearThePassLimit) {
@@ -142,6 +129,7 @@ std::string repeat(std::string_view text, int count) {
 TEST_F(Render, TemplatesDropBlocksAndCountPasses) {
   const std::string two = "%%tid_000%% %%tid_000%%\n";
   const std::string first_only = "42 %%tid_000%%\n";
+  const std::string bytes("\xE4 \x80\xFF \0 |;<>&\r\n", 13);
   const struct {
     std::string text, page;
   } cases[] = {
@@ -151,6 +139,7 @@ TEST_F(Render, TemplatesDropBlocksAndCountPasses) {
       {"x</tlxt><tlxt>\nb\n", "b\n"},
       {"<tlxt>\na\n<tlxt>\n</tlxt>\nb\n</tlxt>\nc", "b\nc\n"},
       {"a\n<tlxt>\nb\nc\n", "a\n"},
+      {bytes + "%%tid_000%%", bytes + "42\n"},
       {"<TLXT>\n< tlxt>\n<tlx\nt>\n", "<TLXT>\n< tlxt>\n<tlx\nt>\n"},
       {"<tlxt>%%\n%%\n</tlxt>%%\nok\n", "ok\n"},  // no stop in what is dropped
       {repeat("a\n", 49999) + two + two, repeat("a\n", 49999) + "42 42\n" + first_only},
@@ -159,31 +148,9 @@ TEST_F(Render, TemplatesDropBlocksAndCountPasses) {
        "%%malformed line\n" + first_only + "b\n" + first_only},
   };
   for (const auto& c : cases) {
-    std::string page;
-    EXPECT_FALSE(render_template(c.text, ranked_, page)) << c.text.substr(0, 80);
+    const std::string page = render_template("", c.text, ranked_);
     EXPECT_TRUE(page == c.page) << c.text.substr(0, 80) << " gives\n" << page.substr(0, 80);
   }
-}
-
-TEST_F(Render, AStopNamesThePlaceAndLeavesTheOldPage) {
-  const test::TempDir dir;
-  const std::string path = dir.write("page", "a\n<tlxt>\n</tlxt>\n%%tid_000%% 50%%\nb\n");
-  const std::string output = dir.write("out", "old");
-  try {
-    render_toplist(path, output, ranked_);
-    FAIL() << "did not stop";
-  } catch (const std::out_of_range& stop) {
-    const std::string text = stop.what();
-    for (const std::string& part : {path, std::string("line 4"), std::string("column 15")}) {
-      EXPECT_NE(text.find(part), std::string::npos) << text;
-    }
-  }
-  EXPECT_EQ(dir.read("out"), "old");
-  const std::string bytes("\xE4 \x80\xFF \0 |;<>&\r\n", 13);
-  ASSERT_TRUE(render_toplist(dir.write("page", bytes + "%%tid_000%%"), output, ranked_));
-  EXPECT_EQ(dir.read("out"), bytes + "42\n");
-  ASSERT_TRUE(render_toplist(dir.write("page", "<tlxt>"), output, ranked_));
-  EXPECT_EQ(dir.read("out"), "");
 }
 
 }  // namespace

@@ -7,8 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "harvest/fetch_method.h"
 #include "harvest/harvest_config.h"
-#include "harvest/harvest_worker.h"
+#include "harvest/trade_harvest.h"
 #include "render/render.h"
 #include "run/statistics.h"
 #include "run/sys_log.h"
@@ -19,6 +20,7 @@
 #include "toplist/filters.h"
 #include "toplist/ranking.h"
 #include "util/fields.h"
+#include "util/file.h"
 #include "util/sha1.h"
 
 namespace toplist {
@@ -146,10 +148,8 @@ TEST(SiteManual, TemplateAndColumns) {
   attach_extra_columns(columns, rows);
   pick_alternatives(rows);
   const Section section = read_section("d/tl/TEMPLATE");
-  std::string page;
   const auto ranked = test::pointers_to<const TradeRow>(rows);
-  EXPECT_FALSE(render_template(section.examples[0], ranked, page));
-  EXPECT_EQ(page, section.examples[1]);
+  EXPECT_EQ(render_template("", section.examples[0], ranked), section.examples[1]);
 }
 
 TEST(SiteManual, Toplists) {
@@ -182,7 +182,7 @@ TEST(SiteManual, ConfigurationAndLog) {
   const HarvestConfig config = parse_harvest_config(example("d/tl/vantaig"), "");
   EXPECT_EQ(config.lines.size(), HarvestConfig::kLineCount);
   EXPECT_EQ(image_tool_command(config, "a", "b"),
-            "convert l/thumbs/a.jpg -resize 240x180 l/thumbs/b.jpg");
+            "toplist-thumbnail l/thumbs/a.jpg 240x180 l/thumbs/b.jpg");
   EXPECT_TRUE(is_fetch_method(config.fetch_method()));
   EXPECT_TRUE(config.thumbnails_required() && config.harvest_enabled());
 

@@ -1,6 +1,7 @@
 #include "harvest/harvest.h"
 
 #include <pthread.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <vector>
@@ -10,26 +11,36 @@
 namespace toplist {
 namespace {
 
-void harvest_group(std::span<TradeRecord> group, HarvestThread thread) {
+void raise_descriptor_limit() {
+  rlimit limits{};
+  if (::getrlimit(RLIMIT_NOFILE, &limits) != 0) return;
+  limits.rlim_cur = limits.rlim_max;
+  ::setrlimit(RLIMIT_NOFILE, &limits);
+}
+
+void harvest_group(std::span<HarvestVisit> group, HarvestThread thread) {
   std::vector<pthread_t> started;
   started.reserve(group.size());
-  for (TradeRecord& trade : group) {
+  for (HarvestVisit& visit : group) {
     pthread_t handle{};
-    if (::pthread_create(&handle, nullptr, thread, &trade) == 0) started.push_back(handle);
+    if (::pthread_create(&handle, nullptr, thread, &visit) == 0) started.push_back(handle);
   }
   for (const pthread_t handle : started) ::pthread_join(handle, nullptr);
 }
 
 }  // namespace
 
-void harvest_thumbnails(std::span<TradeRecord> trades, HarvestThread thread) {
-  for (std::size_t first = kFirstHarvestedTrade; first < trades.size(); first += kHarvestThreads) {
-    const std::size_t count = std::min(kHarvestThreads, trades.size() - first);
-    harvest_group(trades.subspan(first, count), thread);
+void harvest_thumbnails(std::span<const TradeRecord> trades, HarvestThread thread) {
+  raise_descriptor_limit();
+  std::vector<HarvestVisit> visits;  // all of them to the end: they own what is held open
+  for (std::size_t i = kFirstHarvestedTrade; i < trades.size(); ++i) visits.push_back({&trades[i]});
+  for (std::size_t first = 0; first < visits.size(); first += kHarvestThreads) {
+    const std::size_t count = std::min(kHarvestThreads, visits.size() - first);
+    harvest_group(std::span(visits).subspan(first, count), thread);
   }
 }
 
-void harvest_thumbnails(std::span<TradeRecord> trades) {
+void harvest_thumbnails(std::span<const TradeRecord> trades) {
   harvest_thumbnails(trades, harvest_worker);
 }
 

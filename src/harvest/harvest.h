@@ -7,19 +7,22 @@
 
 namespace toplist {
 
-/// The first eleven trades of the database are never visited, on purpose.
+/// The first eleven trades of the database are never visited (contract: first-eleven).
 inline constexpr std::size_t kFirstHarvestedTrade = 11;
 inline constexpr std::size_t kHarvestThreads = 8;
 
-/// What a harvester thread runs; its argument is the `TradeRecord`, which it only reads.
-using HarvestThread = void* (*)(void* trade);
+/// What a harvester thread runs; its argument is a `HarvestVisit*`.
+using HarvestThread = void* (*)(void* visit);
 
 /// Visits every trade from kFirstHarvestedTrade on, whatever its status, with a thread each. The
 /// threads run in groups of kHarvestThreads; the next group starts when all of a group have ended.
 /// A thread that cannot be started is ignored.
-void harvest_thumbnails(std::span<TradeRecord> trades, HarvestThread thread);
+///
+/// Connections that the threads hold open stay so until the harvest ends. Each takes a descriptor,
+/// so the process is first given as many as the system lets it have.
+void harvest_thumbnails(std::span<const TradeRecord> trades, HarvestThread thread);
 
 /// The same with harvest_worker().
-void harvest_thumbnails(std::span<TradeRecord> trades);
+void harvest_thumbnails(std::span<const TradeRecord> trades);
 
 }  // namespace toplist

@@ -8,7 +8,7 @@
 namespace toplist {
 
 bool HarvestConfig::harvest_enabled() const {
-  const std::int32_t value = parse_int32(lines[6]);
+  const std::int32_t value = parse_int32(line(kHarvest));
   return value >= 1 && value <= 24;
 }
 

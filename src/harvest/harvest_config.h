@@ -17,16 +17,27 @@ inline constexpr const char* kHarvestConfigPath = "d/tl/vantaig";
 /// "2" fetch, "3" curl; with any other text nothing is fetched); 6 "0" to show only trades that
 /// have a thumbnail; 7 a number from 1 to 24 to harvest thumbnails in the run. Line 4 is not used.
 struct HarvestConfig {
-  static constexpr std::size_t kLineCount = 7;
+  enum Line : std::size_t {
+    kThumbDir = 1,
+    kImageTool = 2,
+    kImageToolArgs = 3,
+    kFetchMethod = 5,
+    kThumbnailsOptional = 6,
+    kHarvest = 7,
+    kLineCount = 7,
+  };
 
   std::vector<std::string> lines;  ///< At least kLineCount, more when the file has more.
 
-  [[nodiscard]] const std::string& thumb_dir() const { return lines[0]; }
-  [[nodiscard]] const std::string& image_tool() const { return lines[1]; }
-  [[nodiscard]] const std::string& image_tool_args() const { return lines[2]; }
-  [[nodiscard]] const std::string& fetch_method() const { return lines[4]; }
-  [[nodiscard]] bool thumbnails_required() const { return lines[5] == "0"; }
+  [[nodiscard]] const std::string& thumb_dir() const { return line(kThumbDir); }
+  [[nodiscard]] const std::string& image_tool() const { return line(kImageTool); }
+  [[nodiscard]] const std::string& image_tool_args() const { return line(kImageToolArgs); }
+  [[nodiscard]] const std::string& fetch_method() const { return line(kFetchMethod); }
+  [[nodiscard]] bool thumbnails_required() const { return line(kThumbnailsOptional) == "0"; }
   [[nodiscard]] bool harvest_enabled() const;
+
+  /// `number` counts from 1.
+  [[nodiscard]] const std::string& line(Line number) const { return lines[number - 1]; }
 };
 
 /// Splits the file's text into lines and appends `padding` until there are kLineCount.

@@ -18,7 +18,7 @@ void remove_prefix(std::string& text, std::string_view prefix) {
 }
 
 /// Removes a quote character, passing over the character behind each one found. So the second of
-/// two adjacent quotes stays, which is meant.
+/// two adjacent quotes stays (contract: second-quote).
 void remove_quotes(std::string& text, char quote) {
   std::string result;
   result.reserve(text.size());
@@ -48,13 +48,11 @@ std::optional<std::string_view> first_anchor(std::string_view chunk) {
   return chunk.substr(0, end + kLinkEnd.size());
 }
 
-/// Whether the link may lead to a picture of the trade: no script, and no other site's by
-/// "http://".
-bool is_own_link(std::string_view link, const std::string& host) {
-  if (contains(link, "javascript")) return false;
-  if (!link.starts_with(kScheme)) return true;
+/// Whether the link leads to another site by "http://"; with any other beginning it does not count.
+bool is_foreign(std::string_view link, const std::string& host) {
+  if (!link.starts_with(kScheme)) return false;
   link.remove_prefix(kScheme.size());
-  return link.starts_with(host) || link.starts_with("www." + host);
+  return !link.starts_with(host) && !link.starts_with("www." + host);
 }
 
 std::string absolute_address(std::string_view picture, const std::string& host) {
@@ -74,22 +72,25 @@ std::string host_of_url(std::string text) {
   return text;
 }
 
-std::string pick_thumbnail_link(std::string chunk, const std::string& host) {
+ThumbnailLink pick_thumbnail_link(std::string chunk, const std::string& host) {
   lower_case(chunk);
   remove_quotes(chunk, '"');
   remove_quotes(chunk, '\'');
-  // One blank goes. A second one then makes the value empty, which is meant.
+  // One blank goes. A second one then makes the value empty (contract: one-blank).
   replace_all(chunk, "src= ", "src=");
   replace_all(chunk, "href= ", "href=");
 
   const auto anchor = first_anchor(chunk);
-  if (!anchor) return "";
+  if (!anchor) return {.refusal = "no link begins with \"<a \""};
   const auto link = attribute_value(*anchor, "href=");
-  if (!link || !is_own_link(*link, host)) return "";
+  if (!link) return {.refusal = "the link has no address"};
+  if (contains(*link, "javascript")) return {.refusal = "the link is a script"};
+  if (is_foreign(*link, host)) return {.refusal = "the link leads to another site"};
   const std::size_t image_tag = anchor->find("<img ");
-  if (image_tag == std::string_view::npos) return "";
+  if (image_tag == std::string_view::npos) return {.refusal = "the link holds no picture"};
   const auto picture = attribute_value(anchor->substr(image_tag), "src=");
-  return picture ? absolute_address(*picture, host) : "";
+  if (!picture) return {.refusal = "the picture has no address"};
+  return {.picture = absolute_address(*picture, host)};
 }
 
 }  // namespace toplist

@@ -12,12 +12,18 @@ inline constexpr std::string_view kLinkEnd = "</a>";
 /// the first "/" or "?". Letter case and a port stay. Works on its own copy of the text.
 std::string host_of_url(std::string text);
 
-/// The absolute address of the picture inside the first link of a slice of a page, or "" when that
-/// link is foreign, a script or without a picture.
+/// What the first link of a slice of a page offers.
+struct ThumbnailLink {
+  std::string picture = {};       ///< absolute address; empty when there is none
+  std::string_view refusal = {};  ///< why there is none; empty when there is one
+};
+
+/// Picks the picture inside the first link of a slice of a page, unless the link is foreign or a
+/// script.
 ///
 /// `chunk` is the slice, from the page's start to a "</a>"; it is lower-cased and unquoted on the
 /// way, so the result is lower case. `host` is the page's, as host_of_url() gives it. Links that
 /// begin with "http://" must go on with the host or "www." and the host; all others pass.
-std::string pick_thumbnail_link(std::string chunk, const std::string& host);
+ThumbnailLink pick_thumbnail_link(std::string chunk, const std::string& host);
 
 }  // namespace toplist

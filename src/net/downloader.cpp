@@ -11,7 +11,7 @@ namespace {
 
 std::string download(const Downloader& downloader, const std::string& temp_path,
                      const std::string& url) {
-  if (has_control_character(url) || url.starts_with('-')) return "";
+  if (!address_fault(url).empty()) return "";
   run_shell_command(download_command(downloader, temp_path, url));
   FileBuffer file;
   file.read(temp_path);
@@ -22,6 +22,11 @@ std::string download(const Downloader& downloader, const std::string& temp_path,
 }
 
 }  // namespace
+
+std::string_view address_fault(std::string_view url) {
+  if (has_control_character(url)) return "the address holds a control character";
+  return url.starts_with('-') ? "the address begins with \"-\"" : "";
+}
 
 std::string download_command(const Downloader& downloader, std::string_view temp_path,
                              std::string_view url) {

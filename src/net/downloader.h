@@ -15,12 +15,15 @@ struct Downloader {
 /// Each returns the file's bytes, with a line feed added when they do not end in one, or "" when
 /// there is no file; the file is deleted. How the command ended does not matter.
 ///
-/// An address with a control character or with "-" at its start (it would be taken for an option)
-/// is refused with "". What the shell or the command would act upon inside the address is escaped.
-/// Callers with the same path share the file.
+/// An address with an address_fault() is refused with "". What the shell or the command would act
+/// upon inside the address is escaped. Callers with the same path share the file.
 std::string fetch_with_curl(const std::string& temp_path, const std::string& url);
 std::string fetch_with_fetch(const std::string& temp_path, const std::string& url);
 std::string fetch_with_wget(const std::string& temp_path, const std::string& url);
+
+/// Why an address is not handed to a downloader: it holds a control character or begins with "-",
+/// which would be taken for an option. Empty when it is.
+std::string_view address_fault(std::string_view url);
 
 /// The shell command line that downloads `url` to `temp_path`.
 std::string download_command(const Downloader& downloader, std::string_view temp_path,

@@ -4,31 +4,50 @@
 #include <fcntl.h>
 #include <netdb.h>
 #include <netinet/in.h>
-#include <sys/select.h>
+#include <netinet/tcp.h>
+#include <poll.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <optional>
-#include <vector>
+#include <utility>
 
+#include "net/response_reader.h"
 #include "util/text.h"
-#include "util/unique_fd.h"
 
 namespace toplist {
 namespace {
 
 constexpr std::size_t kReceiveBytes = 1024;
 constexpr std::size_t kLookupBufferBytes = 1024;
-constexpr const char* kTimeoutNote = "<font color=red>recv() timeout</font><br>";
-constexpr const char* kTooLargeNote =
-    "<font color=red>recv() in possible loop, aborting</font><br>";
 
-void print_note(const char* note) {
-  std::fputs(note, stdout);
-  std::fflush(stdout);
+/// A peer that is gone without a word is noticed when this many probes, sent once nothing has come
+/// for the idle time, stay without an answer: after a minute.
+constexpr int kIdleSeconds = 30;
+constexpr int kProbeSeconds = 10;
+constexpr int kProbes = 3;
+
+/// The failures that are told on standard output, and how.
+struct Note {
+  std::string_view failure;
+  const char* text;
+};
+constexpr std::array<Note, 2> kNotes{{
+    {kNoFirstByte, "<font color=red>recv() timeout</font><br>"},
+    {kTooLarge, "<font color=red>recv() in possible loop, aborting</font><br>"},
+}};
+
+void print_note(std::string_view failure) {
+  for (const Note& note : kNotes) {
+    if (note.failure != failure) continue;
+    std::fputs(note.text, stdout);
+    std::fflush(stdout);
+  }
 }
 
 bool set_blocking(int fd, bool blocking) {
@@ -58,18 +77,14 @@ std::optional<in_addr> resolve(const std::string& host) {
   return address.s_addr == INADDR_NONE ? look_up(host) : address;
 }
 
-enum class Direction { readable, writable };
-
-/// Waits until the socket is ready; false on a time-out or an error.
-bool wait_for(int fd, Direction direction, int seconds) {
-  timeval left{seconds, 0};  // the system counts it down across interruptions
+/// Waits until the socket is ready for `events`; false on a time-out or an error.
+bool wait_for(int fd, short events, int seconds) {
+  using Clock = std::chrono::steady_clock;
+  const auto end = Clock::now() + std::chrono::seconds(seconds);
   for (;;) {
-    fd_set set;
-    FD_ZERO(&set);
-    FD_SET(fd, &set);
-    fd_set* const readable = direction == Direction::readable ? &set : nullptr;
-    fd_set* const writable = direction == Direction::writable ? &set : nullptr;
-    const int count = ::select(fd + 1, readable, writable, nullptr, &left);
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+    pollfd polled{fd, events, 0};
+    const int count = ::poll(&polled, 1, std::max(0, static_cast<int>(left.count())));
     if (count >= 0 || errno != EINTR) return count > 0;
   }
 }
@@ -82,21 +97,30 @@ bool connect_in_time(int fd, in_addr address, std::uint16_t port) {
   if (::connect(fd, reinterpret_cast<const sockaddr*>(&target), sizeof target) == 0) return true;
   // An interrupted connect goes on in the background like one in progress.
   if (errno != EINPROGRESS && errno != EINTR) return false;
-  if (!wait_for(fd, Direction::writable, kConnectTimeoutSeconds)) return false;
+  if (!wait_for(fd, POLLOUT, kConnectTimeoutSeconds)) return false;
   int error = 0;
   socklen_t size = sizeof error;
   return ::getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0;
 }
 
-/// A connected socket in blocking mode, or none.
-UniqueFd open_connection(const std::string& host, std::uint16_t port) {
-  UniqueFd fd(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  if (!fd || fd.get() >= FD_SETSIZE) return UniqueFd();
-  if (!set_blocking(fd.get(), false)) return UniqueFd();
+void watch_for_a_gone_peer(int fd) {
+  const auto set = [fd](int level, int option, int value) {
+    ::setsockopt(fd, level, option, &value, sizeof value);
+  };
+  set(SOL_SOCKET, SO_KEEPALIVE, 1);
+  set(IPPROTO_TCP, TCP_KEEPIDLE, kIdleSeconds);
+  set(IPPROTO_TCP, TCP_KEEPINTVL, kProbeSeconds);
+  set(IPPROTO_TCP, TCP_KEEPCNT, kProbes);
+}
+
+/// Connects `fd`, a new socket, and leaves it in blocking mode. Returns why not, or an empty text.
+std::string_view open_connection(int fd, const std::string& host, std::uint16_t port) {
+  if (fd < 0 || !set_blocking(fd, false)) return kNoSocket;
   const std::optional<in_addr> address = resolve(host);
-  if (!address || !connect_in_time(fd.get(), *address, port)) return UniqueFd();
-  if (!set_blocking(fd.get(), true)) return UniqueFd();
-  return fd;
+  if (!address) return kUnknownHost;
+  if (!connect_in_time(fd, *address, port) || !set_blocking(fd, true)) return kNoConnection;
+  watch_for_a_gone_peer(fd);
+  return {};
 }
 
 ssize_t receive_some(int fd, std::array<char, kReceiveBytes>& buffer) {
@@ -108,15 +132,23 @@ ssize_t receive_some(int fd, std::array<char, kReceiveBytes>& buffer) {
 
 /// Receives to the end of the stream or up to the limit. An error ends it like the stream's end:
 /// repeating the call would repeat the error.
+///
+/// The request asks for the connection to be kept, and a server that does so would be waited for
+/// until it gives up. So once the response is complete by its own announcement the server is told
+/// that no further request comes, at which it closes. What it sends beyond is still read.
 std::string receive_response(int fd) {
-  std::string response;
+  ResponseReader response;
   std::array<char, kReceiveBytes> buffer{};
+  bool done_sending = false;
   while (response.size() < kReceiveLimitBytes) {
     const ssize_t count = receive_some(fd, buffer);
     if (count <= 0) break;
-    response.append(buffer.data(), static_cast<std::size_t>(count));
+    response.append({buffer.data(), static_cast<std::size_t>(count)});
+    if (done_sending || !response.is_complete()) continue;
+    ::shutdown(fd, SHUT_WR);
+    done_sending = true;
   }
-  return response;
+  return response.take();
 }
 
 void send_request(int fd, std::string_view request) {
@@ -138,7 +170,7 @@ std::string raw_http_request(std::string_view host, std::string_view url) {
   if (!url.starts_with('/')) request += '/';
   request += url;
   // Bare line feeds up to the last line, and "www." in front of any host, be it an IP address: both
-  // are meant. That is how the trades' servers know this client.
+  // are meant. That is how the trades' servers know this client (contract: bare-line-feeds).
   request += " HTTP/1.0\nHost: www.";
   request += host;
   request +=
@@ -148,28 +180,30 @@ std::string raw_http_request(std::string_view host, std::string_view url) {
   return request;
 }
 
-std::string fetch_raw_http(const std::string& host, const std::string& url) {
-  return fetch_raw_http(host, url, kHttpPort);
+RawResponse get_raw_http(const std::string& host, const std::string& url, Connections& held_open,
+                         std::uint16_t port) {
+  if (has_control_character(url))
+    return {.failure = kRefusedAddress};  // it would split the request
+  UniqueFd connection(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  const int fd = connection.get();
+  if (const auto failure = open_connection(fd, host, port); !failure.empty())
+    return {.failure = failure};
+
+  send_request(fd, raw_http_request(host, url));
+  if (!wait_for(fd, POLLIN, kFirstByteTimeoutSeconds)) return {.failure = kNoFirstByte};
+  RawResponse response{.bytes = receive_response(fd)};
+  if (response.bytes.size() <= kResponseLimitBytes) return response;
+  // Kept: the sender of an endless response is held, not invited to start anew
+  // (contract: open-socket).
+  held_open.push_back(std::move(connection));
+  return {.failure = kTooLarge};
 }
 
-std::string fetch_raw_http(const std::string& host, const std::string& url, std::uint16_t port) {
-  if (has_control_character(url)) return kRawHttpFailure;  // it would split the request
-  UniqueFd connection = open_connection(host, port);
-  if (!connection) return kRawHttpFailure;
-
-  send_request(connection.get(), raw_http_request(host, url));
-  if (!wait_for(connection.get(), Direction::readable, kFirstByteTimeoutSeconds)) {
-    print_note(kTimeoutNote);
-    return kRawHttpFailure;
-  }
-  std::string response = receive_response(connection.get());
-  if (response.size() > kResponseLimitBytes) {
-    print_note(kTooLargeNote);
-    // Left open on purpose: the sender of an endless response is held, not invited to start anew.
-    connection.release();
-    return kRawHttpFailure;
-  }
-  return response;
+std::string fetch_raw_http(const std::string& host, const std::string& url, Connections& held_open,
+                           std::uint16_t port) {
+  RawResponse response = get_raw_http(host, url, held_open, port);
+  print_note(response.failure);
+  return std::move(response).text();
 }
 
 }  // namespace toplist

@@ -4,6 +4,10 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
+
+#include "util/unique_fd.h"
 
 namespace toplist {
 
@@ -22,16 +26,40 @@ inline constexpr std::size_t kResponseLimitBytes = kReceiveLimitBytes - 1024;
 /// What a failed fetch returns.
 inline constexpr const char* kRawHttpFailure = "-1";
 
-/// Fetches `url` with an HTTP/1.0 request to `host` (a name or a dotted IPv4 address; the caller
-/// takes it from the url). Returns the response as it came, head and body, or kRawHttpFailure.
-///
-/// A response that does not begin in time or is too large leaves a note on standard output; other
-/// failures print nothing. Once the response has begun there is no time-out. Any number of threads
-/// may call this at once.
-std::string fetch_raw_http(const std::string& host, const std::string& url);
+/// Why a fetch fails.
+inline constexpr std::string_view kRefusedAddress = "the address holds a control character";
+inline constexpr std::string_view kNoSocket = "no socket is left";
+inline constexpr std::string_view kUnknownHost = "the host is not known";
+inline constexpr std::string_view kNoConnection = "the connection was refused or took above 2 s";
+inline constexpr std::string_view kNoFirstByte = "no answer began within 2 s";
+inline constexpr std::string_view kTooLarge = "the answer is above 10 MiB";
 
-/// The same to another port than 80.
-std::string fetch_raw_http(const std::string& host, const std::string& url, std::uint16_t port);
+/// A response as it came, head and body, or why there is none.
+struct RawResponse {
+  std::string bytes = {};
+  std::string_view failure = {};  ///< one of those above; empty when there is a response
+
+  /// The response, or kRawHttpFailure.
+  [[nodiscard]] std::string text() && {
+    return failure.empty() ? std::move(bytes) : kRawHttpFailure;
+  }
+};
+
+using Connections = std::vector<UniqueFd>;
+
+/// Fetches `url` with an HTTP/1.0 request to `host` (a name or a dotted IPv4 address; the caller
+/// takes it from the url). Prints nothing. An address with a control character is refused.
+///
+/// The connection of a response that is too large is not closed: it goes to `held_open`. Once a
+/// response has begun there is no time-out, but a peer that is gone is noticed after a minute. Any
+/// number of threads may call this at once, with a `held_open` each.
+RawResponse get_raw_http(const std::string& host, const std::string& url, Connections& held_open,
+                         std::uint16_t port = kHttpPort);
+
+/// The same as a harvest wants it: a failure gives kRawHttpFailure. A response that did not begin
+/// in time or was too large leaves a note on standard output; other failures print nothing.
+std::string fetch_raw_http(const std::string& host, const std::string& url, Connections& held_open,
+                           std::uint16_t port = kHttpPort);
 
 /// The request for `url`. Its path is what follows the first `host` in the url, with a "/" put in
 /// front when it does not begin with one.

@@ -2,12 +2,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
-#include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
 #include "render/tag.h"
+#include "run/outcomes.h"
 
 namespace toplist {
 
@@ -28,48 +28,38 @@ class BlockState {
   bool inside_ = false;
 };
 
-/// A tag that is about to be expanded.
-struct TagInLine {
-  std::string_view text;   ///< The line from the tag's "%%" on, values put in; valid for the call.
-  std::size_t column;      ///< From 1, in the template line.
-  bool from_value;         ///< A value brought it in; the column is that of the value's own tag.
-  std::optional<Tag> tag;  ///< Nothing when it is malformed.
-};
-using TagWatcher = std::function<void(const TagInLine&)>;
-
-/// Expands the tags of one template line and appends the result to `page`.
+/// Expands the tags of one template line in place.
 ///
 /// Each value is scanned again together with what follows it, so a value may bring in tags.
 /// `passes` counts through the whole template. Once it is above kPassLimit, only the first tag of a
 /// line is expanded. A malformed tag leaves the rest of its line as it stands and uses up all
-/// passes that are left, on purpose: it is found again and again until they run out.
+/// passes that are left: it is found again and again until they run out (contract: malformed-tag).
 ///
-/// When a "%%" has fewer than kShortTagLength characters from it to the line's end, returns its
-/// column in the template line, counted from 1, or that of the tag whose value brought it in;
-/// `page` is of no use any more.
-///
-/// `watcher` may be null, as it is in a run.
-std::optional<std::size_t> expand_tags(std::string_view line, RankedRows rows, std::int64_t& passes,
-                                       std::string& page, const TagWatcher* watcher = nullptr);
+/// False, with a line that is of no use any more, when a "%%" has fewer than kShortTagLength
+/// characters from it to the line's end.
+[[nodiscard]] bool expand_tags(std::string& line, RankedRows rows, std::int64_t& passes);
 
-/// A "%%" too close to its line's end; both count from 1.
-struct StrayMark {
-  std::size_t line;
-  std::size_t column;
+/// A "%%", in the template or brought in by a value, too close to its line's end. Ends the process:
+/// such a template must not be published (contract: abnormal-stop).
+class StrayMark : public std::out_of_range {
+ public:
+  StrayMark(const std::string& template_path, std::size_t line);
+  [[nodiscard]] std::size_t line() const noexcept { return line_; }
+
+ private:
+  std::size_t line_;  ///< of the template, from 1
 };
 
-/// Appends to `page` what the template's text gives: its lines, tags expanded, each ended by a line
-/// feed, without those from a line that contains "<tlxt>" to one that contains "</tlxt>".
-/// Returns where the template is malformed, if it is.
-std::optional<StrayMark> render_template(std::string_view text, RankedRows rows, std::string& page);
+/// The page that a template's text gives: its lines, tags expanded, each ended by a line feed,
+/// without those from a line that contains "<tlxt>" to one that contains "</tlxt>". Throws
+/// StrayMark.
+std::string render_template(const std::string& template_path, std::string_view text,
+                            RankedRows rows);
 
-/// Renders one toplist. The output file is written in place, and only after the whole template has
-/// been rendered. False, logged, when the template or the output file cannot be opened: then no
-/// further toplist is to be rendered, on purpose.
-///
-/// Throws std::out_of_range for a "%%" too close to its line's end, naming template, line and
-/// column. That is meant to end the process: such a template must not be published.
+/// Renders one toplist. The page is written only after the whole template has been rendered. False,
+/// told, when the template or the page cannot be opened: then no further toplist is to be rendered,
+/// (contract: last-toplist). Throws StrayMark.
 bool render_toplist(const std::string& template_path, const std::string& output_path,
-                    RankedRows rows);
+                    RankedRows rows, Outcomes& outcomes);
 
 }  // namespace toplist

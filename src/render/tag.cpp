@@ -141,7 +141,7 @@ std::size_t expand_tag(const Tag& tag, RankedRows rows, std::string& value) {
   }
   if (const auto entry = column_entry(tag)) {
     // Also for the short "att", whose column number -1 shows the picture column and which swallows
-    // the two characters behind it. Meant: templates rely on it.
+    // the two characters behind it. Templates rely on it (contract: short-att).
     value += extra_column(row, *entry);
     return kLongTagLength;
   }

@@ -14,6 +14,9 @@ namespace toplist {
 /// A toplist's rows in rank order; rank 0 is the first.
 using RankedRows = std::span<const TradeRow* const>;
 
+/// Ranks that the three characters of a tag can name: 0 to 999.
+inline constexpr std::size_t kRankCount = 1000;
+
 /// What opens a tag and closes it.
 inline constexpr std::string_view kTagMark = "%%";
 
@@ -33,7 +36,8 @@ struct Tag {
 /// Reads the tag at the start of `text`, which begins with "%%" and holds at least kShortTagLength
 /// characters. Nothing when it ends neither as a short nor as a long tag: it is malformed.
 ///
-/// Where both ends fit, a short tag followed at once by another "%%", it is a long tag, on purpose.
+/// Where both ends fit, a short tag followed at once by another "%%", it is a long tag
+/// (contract: long-wins).
 std::optional<Tag> read_tag(std::string_view text);
 
 /// Whether the tag's name is one that shows a value.

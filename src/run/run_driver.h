@@ -6,8 +6,8 @@ namespace toplist {
 /// statistics rows and writes every toplist. Every failure goes to the system log; the run then
 /// ends or goes on, and the pages of earlier runs stay as they were.
 ///
-/// Throws std::out_of_range, which is meant to end the process, for a template line that ends
-/// within a tag (see render_toplist()).
+/// Throws StrayMark, which ends the process, for a template line that ends within a tag (contract:
+/// abnormal-stop).
 void run_driver();
 
 }  // namespace toplist

@@ -10,26 +10,27 @@
 namespace toplist {
 namespace {
 
+/// Hardly any file has shorter fields on average. Room that is not used costs nothing.
+constexpr std::size_t kShortFieldBytes = 16;
+
 constexpr std::size_t kHistoryFieldsBeforeCounters = 2;
 constexpr std::size_t kHistoryFieldsAfterCounters =
     kHistoryFields - kHistoryFieldsBeforeCounters - kFileOrder.size();
 constexpr std::size_t kSumFieldsBeforeFurther = 3;
 constexpr std::array<Period, 3> kSumPeriods{kPeriod60, kPeriod24, kPeriod07};
-constexpr std::size_t kSumFieldsBehindId = kSumFields - 2;
+constexpr std::size_t kSumFieldsBeforeId = 1;
+constexpr std::size_t kSumFieldsBehindId = kSumFields - kSumFieldsBeforeId - 1;
 
 /// Reads the three period sections of one sum record; false when the text ends before the last.
-bool read_sum_sections(FieldReader& fields, TradeRow& row) {
-  std::string_view field;
+bool read_sum_sections(FieldReader fields, TradeRow& row) {
   for (const Period period : kSumPeriods) {
     PeriodBlock& block = row.periods[period];
     for (const Counter counter : kFileOrder) {
-      if (!fields.next(field)) return false;
-      block.*counter = parse_int32(field);
+      if (!fields.next_number(block.*counter)) return false;
     }
     fields.skip(kSumFieldsBeforeFurther);
     for (std::int32_t& further : block.further) {
-      if (!fields.next(field)) return false;
-      further = parse_int32(field);
+      if (!fields.next_number(further)) return false;
     }
   }
   return true;
@@ -45,10 +46,13 @@ void compute_percentages(TradeRow& row) {
 
 }  // namespace
 
-std::string history_path(std::string_view domain) { return "d/h/" + std::string(domain) + ".his"; }
+std::string history_path(std::string_view domain) {
+  return std::string("d/h/").append(domain).append(".his");
+}
 
 ExtraColumnFields read_extra_column_fields(std::string_view text) {
   ExtraColumnFields result;
+  result.kept.reserve(text.size() / kShortFieldBytes);
   FieldReader fields(text);
   for (std::string_view field; fields.next(field);) {
     if (!contains(field, "\n")) {
@@ -62,6 +66,7 @@ ExtraColumnFields read_extra_column_fields(std::string_view text) {
 
 std::vector<TradeRow> build_rows(std::span<const TradeRecord> trades) {
   std::vector<TradeRow> rows;
+  rows.reserve(trades.size());
   for (const TradeRecord& trade : trades) {
     if (!is_active(trade)) continue;
     TradeRow& row = rows.emplace_back();
@@ -77,48 +82,54 @@ void attach_extra_columns(std::string_view text, std::span<TradeRow> rows) {
   const std::size_t group_size = fields.group_size();
   if (group_size == 0) return;
 
+  const auto groups = std::span(fields.kept).subspan(*fields.kept_in_header);
+  std::vector<std::string_view> group_domains;
+  for (std::size_t i = 0; i + group_size <= groups.size(); i += group_size) {
+    group_domains.push_back(groups[i]);
+  }
   TextColumn domains;
   domains.reserve(rows.size());
   for (const TradeRow& row : rows) domains.append(row.domain);
-
-  std::span<const std::string_view> rest(fields.kept);
-  rest = rest.subspan(*fields.kept_in_header);
-  for (; rest.size() >= group_size; rest = rest.subspan(group_size)) {
-    const auto values = rest.subspan(1, group_size - 1);
-    for (auto row = domains.find(rest.front()); row; row = domains.find(rest.front(), *row + 1)) {
-      auto& columns = rows[*row].extra_columns;
-      columns.insert(columns.end(), values.begin(), values.end());
-    }
-  }
+  domains.find_each(group_domains, TextColumn::Wanted::all_entries,
+                    [&](std::size_t group, std::size_t row) {
+                      const auto values = groups.subspan(group * group_size + 1, group_size - 1);
+                      auto& columns = rows[row].extra_columns;
+                      columns.insert(columns.end(), values.begin(), values.end());
+                    });
 }
 
 void add_history(std::string_view text, PeriodBlock& all_time) {
   FieldReader fields(text);
-  for (std::string_view field;;) {
+  for (std::int32_t number = 0;;) {
     fields.skip(kHistoryFieldsBeforeCounters);
     for (const Counter counter : kFileOrder) {
-      if (!fields.next(field)) return;
-      all_time.*counter = wrapping_add(all_time.*counter, parse_int32(field));
+      if (!fields.next_number(number)) return;
+      all_time.*counter = wrapping_add(all_time.*counter, number);
     }
     fields.skip(kHistoryFieldsAfterCounters);
   }
 }
 
 void read_recent_periods(std::string_view text, std::span<TradeRow> rows) {
+  std::vector<std::string_view> record_ids;
+  std::vector<FieldReader> records;  // of each, what stands behind its id
+  FieldReader fields(text);
+  fields.skip(kSumFieldsBeforeId);
+  for (std::string_view id; fields.next(id); fields.skip(kSumFieldsBehindId + kSumFieldsBeforeId)) {
+    record_ids.push_back(id);
+    records.push_back(fields);
+  }
+
   TextColumn ids;
   ids.reserve(rows.size());
   for (const TradeRow& row : rows) ids.append(row.id);
+  std::vector<TradeRow*> record_rows(records.size());
+  ids.find_each(record_ids, TextColumn::Wanted::first_entry,
+                [&](std::size_t record, std::size_t row) { record_rows[record] = &rows[row]; });
 
-  FieldReader fields(text);
-  for (std::string_view id;;) {
-    fields.skip(1);
-    if (!fields.next(id)) return;
-    const auto row = ids.find(id);
-    if (!row) {
-      fields.skip(kSumFieldsBehindId);
-    } else if (read_sum_sections(fields, rows[*row])) {
-      compute_percentages(rows[*row]);
-    }
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    TradeRow* const row = record_rows[i];
+    if (row != nullptr && read_sum_sections(records[i], *row)) compute_percentages(*row);
   }
 }
 

@@ -60,7 +60,7 @@ void add_history(std::string_view text, PeriodBlock& all_time);
 /// periods 60, 24 and 07 the eight counters in file order, 3 unused, 3 further values. The first
 /// row whose id is the same text takes the record; one of an unknown id is skipped. Percentages,
 /// those of the all-time block included, exist only for rows whose record was read to its end:
-/// for trades that the file knows, on purpose.
+/// for trades that the file knows (contract: sum-percentages).
 void read_recent_periods(std::string_view text, std::span<TradeRow> rows);
 
 }  // namespace toplist

@@ -7,14 +7,11 @@
 #include <ctime>
 #include <iterator>
 
+#include "util/file.h"
 #include "util/text.h"
 
 namespace toplist {
 namespace {
-
-constexpr const char* kModule = "toplist";
-constexpr const char* kCodeUnopenedFile = "1";
-constexpr const char* kCodeContentError = "10";
 
 struct Replacement {
   std::string_view from;
@@ -22,7 +19,7 @@ struct Replacement {
 };
 
 /// Applied in this order. The semicolon comes before the entities that end in one, so that it is
-/// not escaped twice. The last two rows find nothing any more; they stay, as they always have.
+/// not escaped twice. The last two rows find nothing any more (contract: replacement-order).
 constexpr Replacement kLogReplacements[] = {
     {"\r", ""},     {"\n", ""},     {";", "&#59;"},  {"<", "&#60;"}, {">", "&#62;"},
     {"`", "&#96;"}, {"'", "&#39;"}, {"\"", "&#34;"}, {"!", "&#33;"}, {"\\", "&#92;"},
@@ -37,8 +34,6 @@ std::string local_time_text() {
   std::strftime(text.data(), text.size(), "%Y%m%d%H%M", &local);
   return text.data();
 }
-
-const char* severity_text(Severity severity) { return severity == Severity::run_ends ? "1" : "0"; }
 
 }  // namespace
 
@@ -61,25 +56,25 @@ std::string restore_log_field(std::string_view field) {
 void write_sys_log(std::string_view module, std::string_view code, std::string_view subject,
                    std::string_view severity, std::string_view detail) {
   std::string line = "|" + local_time_text() + "|" + sanitize_log_field(module) + "|";
-  line.append(code);  // uncleaned on purpose: always one of the fixed codes
+  line.append(code);  // uncleaned: always one of the fixed codes (contract: raw-log-code)
   line += "|" + sanitize_log_field(subject) + "|" + sanitize_log_field(severity) + "|" +
           sanitize_log_field(detail) + "|||\n";
   const UniqueFd fd(::open(kLogPath, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666));
   if (fd) write_fully(fd.get(), line);
 }
 
-void log_unopened_file(std::string_view path, Severity severity) {
-  write_sys_log(kModule, kCodeUnopenedFile, path, severity_text(severity), "");
+const char* severity_text(Severity severity) { return severity == Severity::run_ends ? "1" : "0"; }
+
+Failure unopened_file(std::string_view path, Severity severity) {
+  return {kUnopenedFileCode, std::string(path), severity};
 }
 
-bool read_or_log(const std::string& path, Severity severity, FileBuffer& file) {
-  if (file.read(path)) return true;
-  log_unopened_file(path, severity);
-  return false;
+Failure content_error(std::string_view message) {
+  return {kContentErrorCode, std::string(message), Severity::run_ends};
 }
 
-void log_content_error(std::string_view message, Severity severity) {
-  write_sys_log(kModule, kCodeContentError, message, severity_text(severity), "");
+void log_failure(const Failure& failure) {
+  write_sys_log(kLogModule, failure.code, failure.subject, severity_text(failure.severity), "");
 }
 
 void write_dir_error_page(const std::string& directory, const std::string& link, int with_header) {

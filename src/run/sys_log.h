@@ -1,13 +1,16 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
-#include "util/file.h"
-
 namespace toplist {
 
+inline constexpr const char* kLogFolder = "l/sys";
 inline constexpr const char* kLogPath = "l/sys/sys.log";
+
+/// Fields of a log line, the empty ones in front of the time and behind the detail included.
+inline constexpr std::size_t kLogFields = 9;
 
 /// Appends one line to "l/sys/sys.log", which the site's administration pages read:
 ///
@@ -20,7 +23,8 @@ void write_sys_log(std::string_view module, std::string_view code, std::string_v
                    std::string_view severity, std::string_view detail);
 
 /// Makes a text safe for the administration pages: line breaks go, and what HTML or a shell would
-/// act upon becomes a numeric entity. The separator "|" and "&" stay, on purpose.
+/// act upon becomes a numeric entity. The separator "|" and "&" stay
+/// (contract: raw-log-code).
 std::string sanitize_log_field(std::string_view text);
 
 /// The text that sanitize_log_field() made `field` of, but for its line breaks.
@@ -29,20 +33,34 @@ std::string restore_log_field(std::string_view field);
 /// What becomes of the run after a failure.
 enum class Severity { run_goes_on, run_ends };
 
-/// Logs that the file at `path` cannot be opened.
-void log_unopened_file(std::string_view path, Severity severity);
+/// What a log line says is the program, the kind of failure and its severity.
+inline constexpr const char* kLogModule = "toplist";
+inline constexpr const char* kUnopenedFileCode = "1";
+inline constexpr const char* kContentErrorCode = "10";
+const char* severity_text(Severity severity);
 
-/// Reads the file at `path` into `file`; false, logged, when it cannot be opened.
-bool read_or_log(const std::string& path, Severity severity, FileBuffer& file);
+/// Something that went wrong in a run.
+struct Failure {
+  const char* code;
+  std::string subject;  ///< The path of the file, or a message.
+  Severity severity;
+};
 
-/// Logs an error in the data.
-void log_content_error(std::string_view message, Severity severity);
+/// A file that cannot be opened.
+Failure unopened_file(std::string_view path, Severity severity);
+
+/// An error in the data, which ends the run.
+Failure content_error(std::string_view message);
+
+/// Writes the failure's line into the log.
+void log_failure(const Failure& failure);
 
 /// Writes an HTML error fragment about a directory that cannot be opened to standard output.
 ///
 /// `link` is the address of a page to go on to, or empty. The CGI header and the opening document
-/// tags come only with `with_header` 1; the closing tags always do, on purpose: the page around
-/// the fragment has been opened by whoever includes it. Texts pass into the page unescaped.
+/// tags come only with `with_header` 1; the closing tags always do (contract: closing-tags): the
+/// page around the fragment has been opened by whoever includes it. Texts pass into the page
+/// unescaped.
 void write_dir_error_page(const std::string& directory, const std::string& link, int with_header);
 
 }  // namespace toplist

@@ -12,7 +12,7 @@ namespace toplist {
 
 inline constexpr const char* kTradesPath = "d/t/index";
 
-/// A database of fewer trades counts as not fully loaded, on purpose.
+/// A database of fewer trades counts as not fully loaded (contract: ten-records).
 inline constexpr std::size_t kFewestTrades = 10;
 
 /// One trade as it stands in "d/t/index": 996 bytes, little-endian, without any padding.
@@ -45,7 +45,10 @@ struct TradeRecord {
 static_assert(sizeof(TradeRecord) == 996 && offsetof(TradeRecord, status) == 824 &&
               offsetof(TradeRecord, reserved_884) == 884);
 static_assert(std::is_trivially_copyable_v<TradeRecord>);
-static_assert(std::endian::native == std::endian::little, "records are read as they stand");
+static_assert(
+    std::endian::native == std::endian::little,
+    "toplist needs a little-endian processor: it takes the records of \"d/t/index\" as they "
+    "stand in the file");
 
 /// Whether the trade gets a statistics row and so may stand in toplists.
 inline bool is_active(const TradeRecord& record) { return record.status == 1; }
@@ -56,8 +59,8 @@ std::string_view domain_of(const TradeRecord& record);
 std::string_view url_of(const TradeRecord& record);
 
 /// Fills `trades` with the records of the file at `path`, in file order; false when it cannot be
-/// opened. A cut last record is kept, on purpose: what the file does not hold of it has its initial
-/// value.
+/// opened. A cut last record is kept (contract: cut-record): what the file does not hold of it has
+/// its initial value.
 bool load_trades(const std::string& path, std::vector<TradeRecord>& trades);
 
 }  // namespace toplist

@@ -49,9 +49,10 @@ inline constexpr std::array<Ratio, 5> kRatios{{
 
 /// x / y in whole percents, truncated toward zero; 0 when y is 0.
 ///
-/// The quotient is formed first, with a significand of 64 bits, and only then multiplied: some
-/// exact percentages come out one lower (53 of 100 gives 52), and pages have always shown them so.
-/// A result outside the 32-bit range is INT32_MIN.
+/// The result is what 80-bit floating point gives: the quotient is formed first, rounded to a
+/// significand of 64 bits, and only then multiplied, rounded the same. So some exact percentages
+/// come out one lower (53 of 100 gives 52), and pages show them so (contract: divide-first). It is
+/// computed in integers, alike on every processor. A result outside the 32-bit range is INT32_MIN.
 std::int32_t percentage(std::int32_t x, std::int32_t y);
 
 inline std::int32_t percentage(const PeriodBlock& block, const Ratio& ratio) {

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "util/fields.h"
+#include "util/text.h"
 
 namespace toplist {
 namespace {
@@ -21,7 +22,7 @@ class SecondsDraw {
     if (now != second_) {
       second_ = now;
       std::srand(static_cast<unsigned>(now));
-      // The generator is to be this one: pages have always taken their picks from it.
+      // No other generator: pages take their picks from this one (contract: same-second).
       drawn_ = static_cast<std::size_t>(std::rand());
     }
     return drawn_;
@@ -32,9 +33,8 @@ class SecondsDraw {
   std::size_t drawn_ = 0;
 };
 
-/// Number of pieces; 0 for an empty text.
+/// Number of pieces.
 std::size_t piece_count(std::string_view text) {
-  if (text.empty()) return 0;
   const auto separators = std::count(text.begin(), text.end(), kAlternativeSeparator);
   return static_cast<std::size_t>(separators) + (text.back() == kAlternativeSeparator ? 0 : 1);
 }
@@ -45,8 +45,8 @@ void pick_alternatives(std::span<TradeRow> rows) {
   SecondsDraw generator;
   for (TradeRow& row : rows) {
     for (std::string_view& column : row.extra_columns) {
+      if (!contains(column, ";")) continue;  // most have one piece, or none
       const std::size_t count = piece_count(column);
-      if (count == 0) continue;
       FieldReader pieces(column, kAlternativeSeparator);
       pieces.skip(generator.draw() % count);
       pieces.next(column);

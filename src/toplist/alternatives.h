@@ -11,7 +11,7 @@ namespace toplist {
 ///
 /// Each pick is the first number that the C library's generator draws when it is seeded with the
 /// current second. So all picks of one second take the same position among lists of equal length,
-/// on purpose: the columns of a trade stay in step.
+/// so the columns of a trade stay in step (contract: same-second).
 void pick_alternatives(std::span<TradeRow> rows);
 
 }  // namespace toplist

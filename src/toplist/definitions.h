@@ -13,8 +13,10 @@ inline constexpr const char* kDefinitionsPath = "d/tl/tl";
 inline constexpr const char* kSettingsPath = "d/tl/tl.ext";
 
 /// The fields of one toplist in "d/tl/tl", and of one setting in "d/tl/tl.ext".
-using DefinitionRecord = std::array<std::string_view, 9>;
-using SettingRecord = std::array<std::string_view, 3>;
+inline constexpr std::size_t kDefinitionFields = 9;
+inline constexpr std::size_t kSettingFields = 3;
+using DefinitionRecord = std::array<std::string_view, kDefinitionFields>;
+using SettingRecord = std::array<std::string_view, kSettingFields>;
 
 /// Fields of a DefinitionRecord that more than its reader look at.
 inline constexpr std::size_t kTemplateField = 1;
@@ -24,9 +26,10 @@ inline constexpr std::size_t kCheckValueField = 6;
 struct ToplistDefinition {
   std::string template_path;  ///< "d/tl/" and the template's file name.
   std::string output_path;    ///< As it stands: relative to the site's root unless absolute.
-  std::string order_by;       ///< "1" to "60"; never checked, on purpose, see rowBefore().
-  std::string build_mode;     ///< "1": built while the check value holds; "2": always built.
-  std::string check_value;    ///< The template's digest as of sha1_file_hex().
+  std::string
+      order_by;  ///< "1" to "60"; never checked (contract: unchecked-order), see rowBefore().
+  std::string build_mode;   ///< "1": built while the check value holds; "2": always built.
+  std::string check_value;  ///< The template's digest as of sha1_file_hex().
 };
 
 /// One setting as "d/tl/tl.ext" holds it: views into that file's text.

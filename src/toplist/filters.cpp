@@ -21,8 +21,6 @@ constexpr std::size_t kGroupFieldsAfterId = kGroupFields - kGroupFieldsBeforeId 
 constexpr std::size_t kShortestListValue = 4;
 constexpr std::size_t kShortestListItem = 3;
 
-using RowFigure = std::int32_t (*)(const TradeRow&);
-
 template <Period period, Counter counter>
 std::int32_t counter_of(const TradeRow& row) {
   return row.periods[period].*counter;
@@ -33,12 +31,7 @@ std::int32_t stored_percent(const TradeRow& row) {
   return row.periods[period].percent[i];
 }
 
-struct Minimum {
-  std::string_view key;
-  RowFigure figure;
-};
-
-constexpr std::array<Minimum, kMinimumCount> kMinimums{{
+constexpr Minimum kMinimums[] = {
     {"rin60", counter_of<kPeriod60, &PeriodBlock::rin>},
     {"uin60", counter_of<kPeriod60, &PeriodBlock::uin>},
     {"out60", counter_of<kPeriod60, &PeriodBlock::out>},
@@ -53,25 +46,30 @@ constexpr std::array<Minimum, kMinimumCount> kMinimums{{
     {"ctg24", counter_of<kPeriod24, &PeriodBlock::ctg>},
     {"cprod", stored_percent<kPeriod24, 0>},  // clk24 per rin24
     {"tprod", stored_percent<kPeriod24, 3>},  // ctt24 per out24
-}};
+};
+
+/// nullptr when the key is that of no minimum.
+const Minimum* find_minimum(std::string_view key) {
+  const auto* minimum =
+      std::find_if(std::begin(kMinimums), std::end(kMinimums),
+                   [key](const Minimum& candidate) { return key == candidate.key; });
+  return minimum == std::end(kMinimums) ? nullptr : minimum;
+}
 
 /// The names in a directory but "." and ".."; false when it cannot be opened.
-bool list_directory(const std::string& path, TextColumn& names) {
+bool list_directory(const std::string& path, std::vector<std::string>& names) {
   const std::unique_ptr<DIR, int (*)(DIR*)> directory(::opendir(path.c_str()), ::closedir);
   if (!directory) return false;
   while (const dirent* entry = ::readdir(directory.get())) {
     const std::string_view name = entry->d_name;
-    if (name != "." && name != "..") names.append(std::string(name));
+    if (name != "." && name != "..") names.emplace_back(name);
   }
   return true;
 }
 
 }  // namespace
 
-bool is_minimum_key(std::string_view key) {
-  return std::any_of(kMinimums.begin(), kMinimums.end(),
-                     [key](const Minimum& minimum) { return key == minimum.key; });
-}
+bool is_minimum_key(std::string_view key) { return find_minimum(key) != nullptr; }
 
 bool is_setting_key(std::string_view key) {
   return key == kDomainsKey || key == kSkippedDomainsKey || key == kGroupKey || is_minimum_key(key);
@@ -85,17 +83,24 @@ std::optional<std::string> group_path(std::string_view value) {
   return kGroupFolder + name;
 }
 
-ToplistFilters::ToplistFilters() { minimums_.fill(kMinimumOff); }
-
 void ToplistFilters::apply(const ToplistSetting& setting) {
   if (setting.key == kDomainsKey) return parse_domains(std::string(setting.value), domains_);
   if (setting.key == kSkippedDomainsKey) {
     return parse_domains(std::string(setting.value), skipped_domains_);
   }
   if (setting.key == kGroupKey) return add_group(setting.value);
-  for (std::size_t i = 0; i < kMinimums.size(); ++i) {
-    if (setting.key == kMinimums[i].key) minimums_[i] = parse_int32(setting.value);
+  if (const Minimum* minimum = find_minimum(setting.key)) {
+    set_minimum(*minimum, parse_int32(setting.value));
   }
+}
+
+void ToplistFilters::set_minimum(const Minimum& minimum, std::int32_t least) {
+  std::erase_if(minimums_, [&](const MinimumInForce& set) { return set.minimum == &minimum; });
+  if (least == kMinimumOff) return;
+  const auto place =
+      std::find_if(minimums_.begin(), minimums_.end(),
+                   [&](const MinimumInForce& set) { return set.minimum > &minimum; });
+  minimums_.insert(place, {&minimum, least});
 }
 
 void ToplistFilters::add_group(std::string_view value) {
@@ -109,21 +114,34 @@ void ToplistFilters::add_group(std::string_view value) {
   }
 }
 
-std::string_view ToplistFilters::dropped_by(const TradeRow& row) const {
-  if (!domains_.empty() && !domains_.contains(row.domain)) return kDomainsKey;
-  if (!members_.empty() && !members_.contains(row.id)) return kGroupKey;
-  if (row.mark != 0) return kThumbnailFilter;
-  if (skipped_domains_.contains(row.domain)) return kSkippedDomainsKey;
-  return missed_minimum(row);
+template <typename Visit>
+void ToplistFilters::visit_drops(const TradeRow& row, Visit visit) const {
+  if (!domains_.empty() && !domains_.contains(row.domain) && !visit({kDomainsKey})) return;
+  if (!members_.empty() && !members_.contains(row.id) && !visit({kGroupKey})) return;
+  if (row.mark != 0 && !visit({kThumbnailFilter})) return;
+  if (skipped_domains_.contains(row.domain) && !visit({kSkippedDomainsKey})) return;
+  for (const auto& [minimum, least] : minimums_) {
+    const std::int32_t figure = minimum->figure(row);
+    if (figure < least && !visit({minimum->key, figure, least})) return;
+  }
 }
 
-std::string_view ToplistFilters::missed_minimum(const TradeRow& row) const {
-  for (std::size_t i = 0; i < kMinimums.size(); ++i) {
-    if (minimums_[i] != kMinimumOff && kMinimums[i].figure(row) < minimums_[i]) {
-      return kMinimums[i].key;
-    }
-  }
-  return {};
+std::string_view ToplistFilters::dropped_by(const TradeRow& row) const {
+  std::string_view filter;
+  visit_drops(row, [&filter](const Drop& drop) {
+    filter = drop.filter;
+    return false;
+  });
+  return filter;
+}
+
+std::vector<Drop> ToplistFilters::drops(const TradeRow& row) const {
+  std::vector<Drop> drops;
+  visit_drops(row, [&drops](const Drop& drop) {
+    drops.push_back(drop);
+    return true;
+  });
+  return drops;
 }
 
 ToplistFilters filters_of(std::string_view template_path,
@@ -143,7 +161,7 @@ void parse_domains(std::string value, TextColumn& domains) {
   std::erase(value, ' ');
   FieldReader items(value, ',');
   for (std::string_view item; items.next(item);) {
-    if (item.size() >= kShortestListItem) domains.append(std::string(item));
+    if (item.size() >= kShortestListItem) domains.append(item);
   }
 }
 
@@ -153,15 +171,22 @@ void parse_group(std::string_view text, TextColumn& members) {
   for (std::string_view id;;) {
     fields.skip(kGroupFieldsBeforeId);
     if (!fields.next(id)) return;
-    members.append(std::string(id));
+    members.append(id);
     fields.skip(kGroupFieldsAfterId);
   }
 }
 
 bool mark_rows_without_thumbnail(const std::string& directory, std::span<TradeRow> rows) {
-  TextColumn names;
+  std::vector<std::string> names;
   if (!list_directory(directory, names)) return false;
-  for (TradeRow& row : rows) row.mark = names.contains(row.domain + ".jpg") ? 0 : 1;
+  TextColumn pictures;
+  for (TradeRow& row : rows) {
+    pictures.append(row.domain + ".jpg");
+    row.mark = 1;
+  }
+  const std::vector<std::string_view> views(names.begin(), names.end());
+  pictures.find_each(views, TextColumn::Wanted::all_entries,
+                     [&](std::size_t, std::size_t row) { rows[row].mark = 0; });
   return true;
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -15,7 +14,7 @@
 
 namespace toplist {
 
-inline constexpr std::size_t kMinimumCount = 14;
+/// The value of a minimum that switches it off.
 inline constexpr std::int32_t kMinimumOff = -1;
 
 /// Fields of a record in a group file, see parse_group().
@@ -30,17 +29,28 @@ inline constexpr std::string_view kGroupKey = "group";
 bool is_setting_key(std::string_view key);
 bool is_minimum_key(std::string_view key);
 
+/// A minimum that a toplist can set: its key, and the figure of a row that it is for.
+struct Minimum {
+  std::string_view key;
+  std::int32_t (*figure)(const TradeRow&);
+};
+
 /// The file that a value of "group" names; nothing when the value restricts nothing.
 std::optional<std::string> group_path(std::string_view value);
 
 /// What ToplistFilters::dropped_by() says of a row that has no thumbnail but needs one.
 inline constexpr std::string_view kThumbnailFilter = "thumbnail";
 
+/// A test that a row fails.
+struct Drop {
+  std::string_view filter;             ///< The setting's key, or kThumbnailFilter: static text.
+  std::int32_t figure = 0;             ///< The row's, where the filter is a minimum,
+  std::int32_t minimum = kMinimumOff;  ///< and that minimum; kMinimumOff where it is none.
+};
+
 /// Which ranked rows one toplist shows. Fresh filters admit every row.
 class ToplistFilters {
  public:
-  ToplistFilters();
-
   /// Applies one setting of "d/tl/tl.ext". Keys:
   /// - a minimum ("rin60" ... "ctg24", "cprod", "tprod"): a number; -1 switches it off, and the
   ///   last one given wins.
@@ -58,14 +68,26 @@ class ToplistFilters {
   /// when nothing does. A view of static text.
   [[nodiscard]] std::string_view dropped_by(const TradeRow& row) const;
 
+  /// Everything that keeps the row from being shown, in the order of the tests.
+  [[nodiscard]] std::vector<Drop> drops(const TradeRow& row) const;
+
   /// Paths of the groups that could not be opened, in the order of the settings.
   [[nodiscard]] const std::vector<std::string>& unopened_groups() const { return unopened_groups_; }
 
  private:
-  void add_group(std::string_view value);
-  [[nodiscard]] std::string_view missed_minimum(const TradeRow& row) const;
+  /// What a row's figure must reach.
+  struct MinimumInForce {
+    const Minimum* minimum;
+    std::int32_t least;
+  };
 
-  std::array<std::int32_t, kMinimumCount> minimums_;
+  void set_minimum(const Minimum& minimum, std::int32_t least);
+  void add_group(std::string_view value);
+  /// Calls `visit` with each Drop of the row, in the order of the tests, while it returns true.
+  template <typename Visit>
+  void visit_drops(const TradeRow& row, Visit visit) const;
+
+  std::vector<MinimumInForce> minimums_;  ///< Hardly ever more than one, in the keys' order.
   TextColumn domains_;
   TextColumn skipped_domains_;
   TextColumn members_;  ///< Trade ids as decimal text.

@@ -28,7 +28,7 @@ std::int32_t further_of(const PeriodBlock& block) {
 }
 
 /// The kinds in the order of the order-by values. "ctg" comes before "ctt" here, although it comes
-/// after it in a block. Meant: that is how the values have always been numbered.
+/// after it in a block. That is how the values are numbered (contract: kind-order).
 constexpr std::array<Figure, 15> kKinds{
     counter_of<&PeriodBlock::rin>,
     counter_of<&PeriodBlock::uin>,
@@ -50,7 +50,7 @@ constexpr std::array<Figure, 15> kKinds{
 constexpr std::size_t kOrderValueCount = kPeriodCount * kKinds.size();
 constexpr std::size_t kFallbackValue = 16;  ///< rin24
 constexpr std::size_t kAscendingValue =
-    57;  ///< out99 per rin99: the lowest comes first, on purpose.
+    57;  ///< out99 per rin99: the lowest comes first (contract: ascending-57).
 
 /// 1 to 60. Only the exact decimal text counts, so "05" is none.
 std::optional<std::size_t> exact_order_value(std::string_view order_by) {
@@ -65,17 +65,30 @@ std::size_t order_value(std::string_view order_by) {
   return exact_order_value(order_by).value_or(kFallbackValue);
 }
 
-std::int32_t figure(const TradeRow& row, std::size_t value) {
-  return kKinds[(value - 1) % kKinds.size()](row.periods[(value - 1) / kKinds.size()]);
-}
+/// What an order-by value ranks by.
+struct RankKey {
+  explicit RankKey(std::string_view order_by) {
+    const std::size_t value = order_value(order_by);
+    figure = kKinds[(value - 1) % kKinds.size()];
+    period = (value - 1) / kKinds.size();
+    flip = value == kAscendingValue ? -1 : 0;
+  }
 
-bool figure_before(std::int32_t a, std::int32_t b, std::size_t value) {
-  return value == kAscendingValue ? a < b : a > b;
-}
+  [[nodiscard]] std::int32_t figure_of(const TradeRow& row) const {
+    return figure(row.periods[period]);
+  }
 
-/// What is sorted in place of a row: its figure, computed once, and where the row stood.
+  /// The greater one ranks first: where the lowest figure is to, its bits are flipped.
+  [[nodiscard]] std::int32_t of(const TradeRow& row) const { return figure_of(row) ^ flip; }
+
+  Figure figure;
+  std::size_t period;
+  std::int32_t flip;
+};
+
+/// What is sorted in place of a row: its key, computed once, and its position in the row set.
 struct SortEntry {
-  std::int32_t figure;
+  std::int32_t key;
   std::uint32_t position;
 };
 
@@ -84,23 +97,31 @@ struct SortEntry {
 bool is_order_value(std::string_view order_by) { return exact_order_value(order_by).has_value(); }
 
 bool rowBefore(const TradeRow& a, const TradeRow& b) {
-  const std::size_t value = order_value(a.order_key);
-  return figure_before(figure(a, value), figure(b, value), value);
+  const RankKey key(a.order_key);
+  return key.of(a) > key.of(b);
 }
 
-void rank_rows(std::vector<TradeRow*>& rows, const std::string& order_by) {
-  const std::size_t value = order_value(order_by);
-  std::vector<SortEntry> entries;
-  entries.reserve(rows.size());
-  for (TradeRow* row : rows) {
-    row->order_key = order_by;
-    entries.push_back({figure(*row, value), static_cast<std::uint32_t>(entries.size())});
+std::int32_t order_figure(const TradeRow& row, std::string_view order_by) {
+  return RankKey(order_by).figure_of(row);
+}
+
+void rank_rows(std::span<TradeRow> rows, const std::string& order_by,
+               std::vector<TradeRow*>& ranking) {
+  const RankKey key(order_by);
+  // Row by row as they lie in memory: in rank order each would be fetched from far away.
+  std::vector<std::int32_t> keys(rows.size());
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    rows[i].order_key = order_by;
+    keys[i] = key.of(rows[i]);
   }
-  std::sort(entries.begin(), entries.end(), [value](const SortEntry& a, const SortEntry& b) {
-    return figure_before(a.figure, b.figure, value);
-  });
-  const std::vector<TradeRow*> before = rows;
-  for (std::size_t i = 0; i < entries.size(); ++i) rows[i] = before[entries[i].position];
+  std::vector<SortEntry> entries(ranking.size());
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    const auto position = static_cast<std::uint32_t>(ranking[i] - rows.data());
+    entries[i] = {keys[position], position};
+  }
+  std::sort(entries.begin(), entries.end(),
+            [](const SortEntry& a, const SortEntry& b) { return a.key > b.key; });
+  for (std::size_t i = 0; i < entries.size(); ++i) ranking[i] = &rows[entries[i].position];
 }
 
 }  // namespace toplist

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,9 +23,14 @@ bool is_order_value(std::string_view order_by);
 /// short in "d/t/sum" does not have.
 bool rowBefore(const TradeRow& a, const TradeRow& b);
 
-/// Ranks the rows: sets their `order_key` and sorts them, starting from the order in which `rows`
-/// lists them, as std::sort with rowBefore() would. The sort is not stable, so the order of equal
-/// rows depends on where it started; pages rely on just this order.
-void rank_rows(std::vector<TradeRow*>& rows, const std::string& order_by);
+/// The row's figure by which the order-by value ranks.
+std::int32_t order_figure(const TradeRow& row, std::string_view order_by);
+
+/// Ranks the rows: sets their `order_key` and sorts `ranking`, which points to each of them once,
+/// as std::sort with rowBefore() would from the order that it has. The sort is not stable, so the
+/// order of equal rows depends on where it started; pages rely on just this order
+/// (contract: tie-order).
+void rank_rows(std::span<TradeRow> rows, const std::string& order_by,
+               std::vector<TradeRow*>& ranking);
 
 }  // namespace toplist

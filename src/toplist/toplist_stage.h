@@ -1,16 +1,24 @@
 #pragma once
 
-#include <span>
+#include <vector>
 
-#include "harvest/harvest_config.h"
-#include "run/trade_row.h"
+#include "run/outcomes.h"
+#include "run/run_state.h"
+#include "toplist/filters.h"
 
 namespace toplist {
 
-/// Writes every toplist that "d/tl/tl" defines, in file order, from the rows. Picks the random
-/// alternatives of the rows' extra columns on the way. A missing file ends the stage, logged.
-///
-/// Throws std::out_of_range as render_toplist() does.
-void build_toplists(std::span<TradeRow> rows, const HarvestConfig& config);
+/// Builds one toplist, if its build mode and check value let it: ranks the rows, from the order
+/// that the last ranking left, filters them and writes the page. False when no further toplist is
+/// to be built. Throws StrayMark as render_toplist() does.
+bool build_toplist(RunState& run, const ToplistDefinition& definition, Outcomes& outcomes);
+
+/// The toplist's filters; groups that cannot be opened are told.
+ToplistFilters read_filters(const ToplistDefinition& definition,
+                            const std::vector<ToplistSetting>& settings, Outcomes& outcomes);
+
+/// The rows that the filters admit, in rank order, up to the last one that a tag can name.
+std::vector<const TradeRow*> admitted_rows(const std::vector<TradeRow*>& ranking,
+                                           const ToplistFilters& filters);
 
 }  // namespace toplist

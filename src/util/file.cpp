@@ -5,11 +5,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 namespace toplist {
 namespace {
 
-constexpr std::size_t kSmallestBufferBytes = 64UL * 1024;
+constexpr std::size_t kSmallFileBytes = 64UL * 1024;
 
 }  // namespace
 
@@ -55,13 +56,35 @@ bool FileBuffer::read(const std::string& path) {
   size_ = 0;
   const UniqueFd fd = open_for_reading(path);
   if (!fd) return false;
-  if (bytes_.empty()) bytes_.resize(kSmallestBufferBytes);
+  if (!read_small_file(fd.get())) read_to_the_end(fd.get());
+  return true;
+}
+
+bool FileBuffer::read_small_file(int fd) {
+  if (room_ == 0) grow(kSmallFileBytes);
+  // Unlike read(), this fails for all that may come in pieces, such as pipes.
+  const ssize_t count = ::pread(fd, bytes_.get(), kSmallFileBytes, 0);
+  if (count < 0 || static_cast<std::size_t>(count) == kSmallFileBytes) return false;
+  size_ = static_cast<std::size_t>(count);
+  return true;
+}
+
+void FileBuffer::read_to_the_end(int fd) {
+  // One byte more than the file holds, so that its end shows without growing once more.
+  grow(regular_file_size(fd) + 1);
   for (;;) {
-    size_ += read_fully(fd.get(), bytes_.data() + size_, bytes_.size() - size_);
-    if (size_ < bytes_.size()) return true;
-    // One byte more than the file holds, so that its end shows without growing once more.
-    bytes_.resize(std::max(regular_file_size(fd.get()) + 1, bytes_.size() + bytes_.size() / 2));
+    size_ += read_fully(fd, bytes_.get() + size_, room_ - size_);
+    if (size_ < room_) return;
+    grow(room_ + room_ / 2);
   }
+}
+
+void FileBuffer::grow(std::size_t room) {
+  if (room <= room_) return;
+  auto larger = std::make_unique_for_overwrite<char[]>(room);
+  std::copy_n(bytes_.get(), size_, larger.get());
+  bytes_ = std::move(larger);
+  room_ = room;
 }
 
 }  // namespace toplist

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "util/unique_fd.h"
 
@@ -39,10 +39,16 @@ class FileBuffer {
   bool read(const std::string& path);
 
   /// Valid until the next read() and while this object lives.
-  [[nodiscard]] std::string_view text() const noexcept { return {bytes_.data(), size_}; }
+  [[nodiscard]] std::string_view text() const noexcept { return {bytes_.get(), size_}; }
 
  private:
-  std::vector<char> bytes_;  ///< Grows only: reading thousands of small files costs one allocation.
+  /// Reads a file by one call that comes short of its end; false when it takes more than that.
+  bool read_small_file(int fd);
+  void read_to_the_end(int fd);
+  void grow(std::size_t room);
+
+  std::unique_ptr<char[]> bytes_;  ///< Grows only: reading many small files costs one allocation.
+  std::size_t room_ = 0;
   std::size_t size_ = 0;
 };
 

@@ -129,7 +129,8 @@ int sha1_file(Sha1Context& context, const char* path) {
   if (path == nullptr) return 0;
   const UniqueFd fd = open_for_reading(path);
   if (!fd) return 0;
-  std::array<char, (1 + kBlocksPerRead) * kReadBlockBytes> buffer{};
+  std::array<char, (1 + kBlocksPerRead) * kReadBlockBytes> buffer;
+  std::fill_n(buffer.begin(), kReadBlockBytes, '\0');
   char* const bytes = buffer.data() + kReadBlockBytes;  // the block in front is the last one read
   for (std::size_t left = regular_file_size(fd.get()); left > 0;) {
     const std::size_t length = std::min(left, kBlocksPerRead * kReadBlockBytes);

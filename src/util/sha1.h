@@ -36,7 +36,7 @@ int sha1_file(Sha1Context& context, const char* path);
 std::string sha1_digest_text(const std::array<unsigned char, 20>& digest, DigestText mode);
 
 /// The digest of a file as 40 lower-case hexadecimal digits. A file that cannot be opened has the
-/// digest of the empty one, on purpose: who compares check values treats both alike.
+/// digest of the empty one: who compares check values treats both alike (contract: empty-digest).
 std::string sha1_file_hex(const std::string& path);
 
 }  // namespace toplist

@@ -6,6 +6,11 @@
 #include <cstddef>
 
 namespace toplist {
+namespace {
+
+bool is_control(char c) { return static_cast<unsigned char>(c) < 32 || c == 127; }
+
+}  // namespace
 
 void replace_all(std::string& text, std::string_view from, std::string_view to) {
   std::size_t at = text.find(from);
@@ -32,8 +37,13 @@ void lower_case(std::string& text) {
 }
 
 bool has_control_character(std::string_view text) {
-  return std::any_of(text.begin(), text.end(),
-                     [](char c) { return static_cast<unsigned char>(c) < 32 || c == 127; });
+  return std::any_of(text.begin(), text.end(), is_control);
+}
+
+std::string_view trim_control_characters(std::string_view text) {
+  while (!text.empty() && is_control(text.front())) text.remove_prefix(1);
+  while (!text.empty() && is_control(text.back())) text.remove_suffix(1);
+  return text;
 }
 
 }  // namespace toplist

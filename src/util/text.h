@@ -19,6 +19,9 @@ void lower_case(std::string& text);
 /// Whether a byte below 32, or 127, is in the text.
 bool has_control_character(std::string_view text);
 
+/// The text without the control characters at its ends.
+std::string_view trim_control_characters(std::string_view text);
+
 constexpr bool contains(std::string_view text, std::string_view part) noexcept {
   return text.find(part) != std::string_view::npos;
 }

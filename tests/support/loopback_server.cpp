@@ -20,6 +20,7 @@ namespace {
 constexpr std::uint16_t kStandardPort = 80;
 constexpr int kPatienceMilliseconds = 5000;
 constexpr int kTricklePauseMilliseconds = 30;
+constexpr int kKeepPauseMilliseconds = 50;
 constexpr int kBacklog = 64;
 
 void check(int result, const char* what) {
@@ -117,6 +118,14 @@ void LoopbackServer::serve_connection(const Point& point) {
   }
   if (answer.how == Answer::How::silence) return held_.push_back(std::move(fd));
   if (answer.how == Answer::How::trickle) return trickle(fd.get(), answer.bytes);
+  if (answer.how == Answer::How::keep) {
+    const Request::Ended ended = keep(fd.get(), answer.bytes);
+    {
+      const std::lock_guard lock(mutex_);
+      requests_.back().ended = ended;
+    }
+    return send_all(fd.get(), answer.beyond);
+  }
   send_all(fd.get(), answer.bytes);
   if (answer.how == Answer::How::reset) reset_on_close(fd.get());
 }
@@ -155,6 +164,15 @@ void LoopbackServer::trickle(int fd, const std::string& bytes) const {
     std::this_thread::sleep_for(std::chrono::milliseconds(kTricklePauseMilliseconds));
     send_all(fd, std::string(1, byte));
   }
+}
+
+/// The peer has sent its request, so that it is ready to be read means that it has ended its side.
+Request::Ended LoopbackServer::keep(int fd, const std::string& bytes) const {
+  send_all(fd, bytes.substr(0, bytes.size() - 1));
+  if (ready(fd, POLLIN, kKeepPauseMilliseconds)) return Request::Ended::early;
+  send_all(fd, bytes.substr(bytes.size() - 1));
+  return ready(fd, POLLIN, kPatienceMilliseconds) ? Request::Ended::complete
+                                                  : Request::Ended::never;
 }
 
 }  // namespace toplist::test

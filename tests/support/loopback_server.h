@@ -19,15 +19,20 @@ struct Answer {
     trickle,  ///< the bytes one by one with pauses, also in front of the first
     reset,    ///< the bytes, then a reset instead of the end of the stream
     silence,  ///< nothing; the connection stays open as long as the server
+    keep,     ///< the bytes, the last one after a pause; then waits for the peer to end its side
   };
   How how = How::send;
   std::string bytes = {};
+  std::string beyond = {};  ///< after `keep`, what is sent once the peer has ended its side
 };
 
 /// A request as it came, and the address it is for: "http://", the server's host and the path.
 struct Request {
   std::string url;
   std::string text;
+  /// When the peer of a connection that is kept ended its side: in the pause, behind the last byte,
+  /// or not for some seconds.
+  enum class Ended { early, complete, never } ended = Ended::never;
 };
 
 /// An HTTP server on loopback addresses, which serves one connection after the other on its own
@@ -68,6 +73,7 @@ class LoopbackServer {
   [[nodiscard]] std::string read_request(int fd) const;
   void send_all(int fd, const std::string& bytes) const;
   void trickle(int fd, const std::string& bytes) const;
+  [[nodiscard]] Request::Ended keep(int fd, const std::string& bytes) const;
 
   Handler handler_;
   std::vector<Point> points_;

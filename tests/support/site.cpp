@@ -122,9 +122,11 @@ void Site::replace_by_dir(const std::string& name) const {
 RunResult Site::start(const Start& how) const {
   const TempDir output;
   // No core file: an abnormal stop is expected at times.
-  std::string command = "cd " + shell_word(dir_.path()) + " && ulimit -c 0 && exec env -i";
+  std::string command = "cd " + shell_word(dir_.path()) + " && ulimit -c 0";
+  if (!how.limit.empty()) command += " && ulimit " + how.limit;
+  command += " && exec env -i";
   for (const std::string& variable : how.environment) command += " " + shell_word(variable);
-  command += " " + shell_word(TOPLIST_PROGRAM);
+  command += " " + shell_word(how.program);
   for (const std::string& argument : how.arguments) command += " " + shell_word(argument);
   command += " </dev/null >" + shell_word(output.path() + "/out");
   command += " 2>" + shell_word(output.path() + "/err");

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <filesystem>
 #include <iosfwd>
 #include <map>
 #include <string>
@@ -9,8 +10,8 @@
 #include <vector>
 
 #include "run/trade_row.h"
-#include "sample/site_writer.h"
 #include "support/temp_dir.h"
+#include "toplistctl/data/site_writer.h"
 
 namespace toplist::test {
 
@@ -25,9 +26,11 @@ struct Trade {
 
 /// How the program is started. Its environment is empty but for what is given here.
 struct Start {
+  std::string program = TOPLIST_PROGRAM;
   std::vector<std::string> arguments = {"run"};
   std::vector<int> closed = {};  ///< standard descriptors that the program finds closed
   std::vector<std::string> environment = {};  ///< e.g. "TZ=XXX-14"
+  std::string limit = {};                     ///< what the shell's ulimit sets, e.g. "-Sn 16"
 };
 
 /// How the program ended. The initial values are those of every run without an abnormal stop.
@@ -85,6 +88,20 @@ class Site {
   void append(const std::string& name, std::string_view bytes) const;
 
   TempDir dir_;
+};
+
+/// Works in the site's root as long as it lives.
+class InSite {
+ public:
+  explicit InSite(const Site& site) : before_(std::filesystem::current_path()) {
+    std::filesystem::current_path(site.path(""));
+  }
+  ~InSite() { std::filesystem::current_path(before_); }
+  InSite(const InSite&) = delete;
+  InSite& operator=(const InSite&) = delete;
+
+ private:
+  std::filesystem::path before_;
 };
 
 }  // namespace toplist::test

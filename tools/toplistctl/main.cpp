@@ -1,17 +1,18 @@
 // toplistctl: what a site's operator needs besides the run itself.
 
-#include <cstdio>
 #include <exception>
 
 #include "toplistctl/commands.h"
-#include "toplistctl/site_option.h"
+#include "toplistctl/output/console.h"
 
 namespace {
 
 using namespace toplist::ctl;
 
-constexpr auto kCommands = {add_check_command, add_show_command, add_digest_command,
-                            add_sample_command};
+constexpr auto kCommands = {add_check_command,  add_status_command, add_show_command,
+                            add_render_command, add_why_command,    add_harvest_command,
+                            add_digest_command, add_expand_command, add_export_command,
+                            add_import_command, add_sample_command, add_init_command};
 
 /// Adds --version to the command and to all below it.
 void add_version_flag(CLI::App& app) {
@@ -36,10 +37,10 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  survive_broken_pipes();
   try {
     return run(argc, argv);
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "toplistctl: %s\n", error.what());
-    return kCouldNotLook;
+    return fail(error.what());
   }
 }

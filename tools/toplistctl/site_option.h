@@ -1,20 +1,27 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <cstdint>
+#include <optional>
 #include <string>
 
+/// Options that several commands have.
 namespace toplist::ctl {
-
-/// Exit status of a command that could not do its work.
-inline constexpr int kCouldNotLook = 2;
 
 inline constexpr const char* kCurrentDirectory = ".";
 
 /// Adds --site DIR to a command.
-void add_site_option(CLI::App& command, std::string& directory);
+CLI::Option* add_site_option(CLI::App& command, std::string& directory);
+
+/// Adds --user NAME, for root: looks as that user would, who may read and write other files.
+void add_user_option(CLI::App& command, std::string& user);
+
+/// Adds an option that takes a span of time such as 90s, 15m, 2h or 1d; in seconds.
+CLI::Option* add_duration_option(CLI::App& command, const std::string& name,
+                                 std::optional<std::int64_t>& seconds, const std::string& about);
 
 /// Makes the site's root the working directory, as it is in a run; false, told on standard error,
-/// when that is not possible.
-bool enter_site(const std::string& directory);
+/// when that is not possible. With a `user` the process first becomes that one for good.
+bool enter_site(const std::string& directory, const std::string& user = "");
 
 }  // namespace toplist::ctl

@@ -7,11 +7,11 @@
 namespace toplist::ctl {
 namespace {
 
-using Check = void (*)(const SiteData&, Findings&);
+using Check = void (*)(const SiteView&, Findings&);
 
 constexpr Check kChecks[] = {
-    check_trades, check_configuration, check_columns,  check_histories,
-    check_sum,    check_definitions,   check_settings, check_templates,
+    check_trades, check_configuration, check_harvested_trades, check_columns,   check_histories,
+    check_sum,    check_definitions,   check_settings,         check_templates, check_sources,
 };
 
 }  // namespace
@@ -26,9 +26,10 @@ bool check_open(const SiteFile& file, Findings& findings) {
   return false;
 }
 
-Findings check_site(const SiteData& site) {
+Findings check_site(const SiteView& site, std::string_view program_path) {
   Findings findings;
   for (const Check check : kChecks) check(site, findings);
+  check_programs(site, program_path, findings);
   return findings;
 }
 

@@ -3,6 +3,7 @@
 #include <set>
 #include <string>
 
+#include "run/statistics.h"
 #include "toplistctl/check/check.h"
 #include "toplistctl/check/kinds.h"
 #include "toplistctl/check/records.h"
@@ -31,13 +32,13 @@ std::set<std::string> ids_of(const std::vector<TradeRecord>& trades) {
   return ids;
 }
 
-/// The records of "d/t/sum" by the trade's number: the first one of each.
+/// The records of "d/t/sum" by the trade's number, a view of its text: the first one of each.
 using SumRecords = std::map<std::string_view, std::size_t>;
 
-SumRecords check_sum_ids(const SiteData& site, Findings& findings) {
-  const std::set<std::string> known = ids_of(site.trades);
+SumRecords check_sum_ids(std::string_view text, const SiteView& site, Findings& findings) {
+  const std::set<std::string> known = ids_of(site.run.trades);
   SumRecords records;
-  FieldReader fields(site.sum_file.text());
+  FieldReader fields(text);
   std::array<std::string_view, kSumFields> record;
   for (std::size_t number = 1; next_record(fields, record) == record.size(); ++number) {
     const std::string id(record[1]);
@@ -77,8 +78,8 @@ void check_values(const ExtraColumnFields& fields, Findings& findings) {
   }
 }
 
-void check_rows_have_columns(const SiteData& site, Findings& findings) {
-  for (const TradeRow& row : site.rows) {
+void check_rows_have_columns(const SiteView& site, Findings& findings) {
+  for (const TradeRow& row : site.run.rows) {
     if (!row.extra_columns.empty()) continue;
     findings.push_back({&kinds::kNoColumns, kExtraColumnsPath, {}, "no line for " + row.domain});
   }
@@ -86,9 +87,10 @@ void check_rows_have_columns(const SiteData& site, Findings& findings) {
 
 }  // namespace
 
-void check_columns(const SiteData& site, Findings& findings) {
-  if (!check_open(site.columns_file, findings)) return;
-  const ExtraColumnFields fields = read_extra_column_fields(site.columns_file.text());
+void check_columns(const SiteView& site, Findings& findings) {
+  const SiteFile file(kExtraColumnsPath);
+  if (!check_open(file, findings)) return;
+  const ExtraColumnFields fields = read_extra_column_fields(file.text());
   if (fields.group_size() == 0) {
     const std::string count = std::to_string(fields.kept_in_header.value_or(fields.kept.size()));
     findings.push_back({&kinds::kShortHeader,
@@ -99,13 +101,13 @@ void check_columns(const SiteData& site, Findings& findings) {
     return;
   }
   check_values(fields, findings);
-  if (check_fields(kinds::kColumnFields, site.columns_file, *fields.kept_in_header, findings)) {
+  if (check_fields(kinds::kColumnFields, file, *fields.kept_in_header, findings)) {
     check_rows_have_columns(site, findings);
   }
 }
 
-void check_histories(const SiteData& site, Findings& findings) {
-  for (const TradeRow& row : site.rows) {
+void check_histories(const SiteView& site, Findings& findings) {
+  for (const TradeRow& row : site.run.rows) {
     const SiteFile history(history_path(row.domain));
     if (history.is_open()) {
       check_fields(kinds::kHistoryFields, history, kHistoryFields, findings);
@@ -116,15 +118,15 @@ void check_histories(const SiteData& site, Findings& findings) {
   }
 }
 
-void check_sum(const SiteData& site, Findings& findings) {
+void check_sum(const SiteView& site, Findings& findings) {
   // Behind a line that does not fit, the numbers of trades are not what they seem.
-  if (!check_open(site.sum_file, findings) ||
-      !check_fields(kinds::kSumFields, site.sum_file, kSumFields, findings)) {
+  const SiteFile file(kSumPath);
+  if (!check_open(file, findings) || !check_fields(kinds::kSumFields, file, kSumFields, findings)) {
     return;
   }
-  if (site.trades.empty()) return;
-  const SumRecords records = check_sum_ids(site, findings);
-  for (const TradeRow& row : site.rows) {
+  if (site.run.trades.empty()) return;
+  const SumRecords records = check_sum_ids(file.text(), site, findings);
+  for (const TradeRow& row : site.run.rows) {
     if (records.contains(row.id)) continue;
     findings.push_back({&kinds::kNoSumRecord, kSumPath, {}, "no record of " + name_of(row)});
   }

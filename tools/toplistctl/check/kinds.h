@@ -44,7 +44,7 @@ inline constexpr Kind kBadDomain{
 
 inline constexpr Kind kSumFields{
     "sum-fields", Effect::show,
-    "Fields are counted in records of 44 across line breaks, so all figures behind this place go "
+    "Fields are counted across line breaks, so all figures behind this place go "
     "to wrong fields. Let the site write the file again."};
 inline constexpr Kind kUnknownSumId{
     "unknown-sum-id", Effect::show,
@@ -60,7 +60,7 @@ inline constexpr Kind kMissingHistory{
     "Let the site write the trade's history, or put an empty file in its place."};
 inline constexpr Kind kHistoryFields{
     "history-fields", Effect::show,
-    "Fields are counted in records of 30 across line breaks, so all figures behind this place go "
+    "Fields are counted across line breaks, so all figures behind this place go "
     "to wrong fields. Mend the line."};
 inline constexpr Kind kShortHeader{
     "short-header", Effect::show,
@@ -93,6 +93,18 @@ inline constexpr Kind kCarriageReturn{
 inline constexpr Kind kUnknownFetchMethod{
     "unknown-fetch-method", Effect::lose,
     "Write \"0\", \"1\", \"2\" or \"3\" on line 5: with anything else nothing is fetched."};
+inline constexpr Kind kMissingTool{
+    "missing-tool", Effect::lose,
+    "Install the program where the scheduler looks for it. Cron looks in /usr/bin and /bin unless "
+    "the crontab sets PATH; --path tells this check of other folders."};
+inline constexpr Kind kNeedsDownloader{
+    "needs-downloader", Effect::lose,
+    "Write \"1\" or \"3\" on line 5 of the configuration: the built-in client speaks plain HTTP on "
+    "port 80 only."};
+inline constexpr Kind kOtherHost{
+    "other-host", Effect::show,
+    "Write toplist-thumbnail on line 2 of the configuration, which works on the picture just "
+    "stored, or let the trade's domain be the host of its page, without \"www.\"."};
 inline constexpr Kind kThumbnailSlash{
     "thumbnail-slash", Effect::lose,
     "End the folder on line 1 with \"/\": harvested pictures are stored under this text and the "
@@ -110,7 +122,7 @@ inline constexpr Kind kMissingThumbnail{
 
 inline constexpr Kind kDefinitionFields{
     "definition-fields", Effect::show,
-    "Fields are counted in records of 9 across line breaks, so toplists from here on are read "
+    "Fields are counted across line breaks, so toplists from here on are read "
     "wrongly. Mend the line."};
 inline constexpr Kind kNoToplists{"no-toplists", Effect::stop,
                                   "Define toplists, each with a template and an output path."};
@@ -142,7 +154,7 @@ inline constexpr Kind kEmptyToplist{
 
 inline constexpr Kind kSettingFields{
     "setting-fields", Effect::show,
-    "Fields are counted in records of 3 across line breaks, and an incomplete one is left out. "
+    "Fields are counted across line breaks, and an incomplete one is left out. "
     "Complete it."};
 inline constexpr Kind kNoEquals{"no-equals", Effect::show,
                                 "Write the setting as key=value: without \"=\" it is left out."};
@@ -169,12 +181,12 @@ inline constexpr Kind kEmptyGroup{
     "Add members behind the group's first record, its header: as it is, it restricts nothing."};
 inline constexpr Kind kGroupFields{
     "group-fields", Effect::show,
-    "Fields are counted in records of 13 across line breaks, so members behind this place are read "
+    "Fields are counted across line breaks, so members behind this place are read "
     "wrongly. Mend the line."};
 
 // --- templates ---
 
-inline constexpr Kind kStrayMark{
+inline constexpr Kind kStraySpot{
     "stray-mark", Effect::stop,
     "The run ends here, abnormally. Remove the \"%%\", or complete the tag: every \"%%\" starts a "
     "tag and needs 9 characters behind it on its line."};
@@ -203,7 +215,13 @@ inline constexpr Kind kOpenBlock{
     "Close the block with \"</tlxt>\": as it is, the rest of the template is left out."};
 inline constexpr Kind kTooManyTags{
     "too-many-tags", Effect::show,
-    "A template has 50000 passes, one for each tag and each line without. Make it shorter: from "
-    "here on only the first tag of a line is filled in."};
+    "A template has a limited number of passes: one for each tag, one for each line without. Make "
+    "it "
+    "shorter: from here on only the first tag of a line is filled in."};
+
+inline constexpr Kind kSourceDiffers{
+    "source-differs", Effect::show,
+    "The page comes from the template and not from its source. If the source is right: toplistctl "
+    "expand --install SOURCE. If the template is, change the source before that undoes it."};
 
 }  // namespace toplist::ctl::kinds

@@ -2,15 +2,15 @@
 
 #include <set>
 
-#include "toplistctl/json.h"
-#include "toplistctl/table.h"
+#include "toplistctl/output/json.h"
+#include "toplistctl/output/table.h"
 
 namespace toplist::ctl {
 namespace {
 
-std::string clean_text(const SiteData& site) {
-  return "Nothing found: " + count_of(site.trades.size(), "trade") + ", " +
-         std::to_string(site.rows.size()) + " of them active, and " +
+std::string clean_text(const SiteView& site) {
+  return "Nothing found: " + count_of(site.run.trades.size(), "trade") + ", " +
+         std::to_string(site.run.rows.size()) + " of them active, and " +
          count_of(site.toplists.size(), "toplist") + ".\n";
 }
 
@@ -51,7 +51,7 @@ Json json_of(const Finding& finding) {
 
 }  // namespace
 
-std::string check_text(const SiteData& site, const Findings& findings) {
+std::string check_text(const SiteView& site, const Findings& findings) {
   if (findings.empty()) return clean_text(site);
   return findings_table(findings) + "\n" + advice_table(findings);
 }

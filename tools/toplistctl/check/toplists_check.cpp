@@ -1,7 +1,4 @@
-#include <unistd.h>
-
 #include <charconv>
-#include <filesystem>
 #include <map>
 #include <string>
 
@@ -10,6 +7,8 @@
 #include "toplistctl/check/check.h"
 #include "toplistctl/check/kinds.h"
 #include "toplistctl/check/records.h"
+#include "toplistctl/harvest/harvest_root.h"
+#include "toplistctl/site_view/writable.h"
 #include "util/fields.h"
 #include "util/number.h"
 #include "util/sha1.h"
@@ -23,7 +22,7 @@ namespace {
 /// Finds faults of one toplist after the other.
 class DefinitionCheck {
  public:
-  DefinitionCheck(const SiteData& site, Findings& findings) : site_(site), findings_(findings) {}
+  DefinitionCheck(const SiteView& site, Findings& findings) : site_(site), findings_(findings) {}
 
   void check(const ToplistView& toplist) {
     toplist_ = &toplist;
@@ -32,7 +31,7 @@ class DefinitionCheck {
       add(kinds::kOrderBy, "order-by value " + in_quotes(definition().order_by));
     }
     check_output();
-    if (toplist.passing.empty() && !site_.rows.empty()) {
+    if (toplist.passing.empty() && !site_.run.rows.empty()) {
       add(kinds::kEmptyToplist, "no trade passes its filters: " + drops());
     }
   }
@@ -50,7 +49,7 @@ class DefinitionCheck {
   void check_template() {
     const SiteFile file(definition().template_path);
     const std::string fault = file.is_open() ? "" : "the template " + cannot_open(file.error());
-    if (toplist_->built) {
+    if (toplist_->allowed) {
       if (!file.is_open()) add(kinds::kMissingTemplate, fault);
     } else if (definition().build_mode != "1") {
       add(kinds::kBuildMode, "mode " + in_quotes(definition().build_mode));
@@ -84,17 +83,7 @@ class DefinitionCheck {
     }
   }
 
-  /// Whether the file can be opened or created for writing.
-  static bool can_be_written(const std::filesystem::path& path) {
-    std::error_code ignored;
-    if (std::filesystem::exists(path, ignored)) {
-      return !std::filesystem::is_directory(path, ignored) && ::access(path.c_str(), W_OK) == 0;
-    }
-    const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
-    return path.has_filename() && ::access((folder / ".").c_str(), W_OK | X_OK) == 0;
-  }
-
-  const SiteData& site_;
+  const SiteView& site_;
   Findings& findings_;
   const ToplistView* toplist_ = nullptr;
   std::map<std::string, std::size_t> outputs_;  ///< page -> first record
@@ -128,7 +117,8 @@ void check_group(const std::string& path, Findings& findings) {
     findings.push_back({&kinds::kGroupFields,
                         path,
                         {.line = misfit->line},
-                        "the line has " + std::to_string(misfit->fields) + " of 13 fields"});
+                        "the line has " + std::to_string(misfit->fields) + " of " +
+                            std::to_string(kGroupFields) + " fields"});
   }
   TextColumn members;
   parse_group(file.text(), members);
@@ -152,7 +142,7 @@ bool is_used(std::string_view template_name, const std::vector<ToplistDefinition
   return false;
 }
 
-void check_record(const SiteData& site, const SettingRecord& record, std::size_t number,
+void check_record(const SiteView& site, const SettingRecord& record, std::size_t number,
                   Findings& findings) {
   const auto add = [&](const Kind& kind) {
     findings.push_back({&kind,
@@ -160,7 +150,7 @@ void check_record(const SiteData& site, const SettingRecord& record, std::size_t
                         {.record = number},
                         in_quotes(record[2]) + " for " + in_quotes(record[1])});
   };
-  if (!is_used(record[1], site.definitions)) add(kinds::kUnknownTemplate);
+  if (!is_used(record[1], site.run.definitions)) add(kinds::kUnknownTemplate);
   const auto setting = read_setting(record);
   if (!setting) return add(kinds::kNoEquals);
   if (const Kind* fault = value_fault(*setting)) add(*fault);
@@ -170,19 +160,21 @@ void check_record(const SiteData& site, const SettingRecord& record, std::size_t
 
 }  // namespace
 
-void check_definitions(const SiteData& site, Findings& findings) {
-  if (!check_open(site.definitions_file, findings)) return;
-  if (const auto misfit = find_misfit(site.definitions_file.text(), DefinitionRecord{}.size())) {
+void check_definitions(const SiteView& site, Findings& findings) {
+  const SiteFile file(kDefinitionsPath);
+  if (!check_open(file, findings)) return;
+  if (const auto misfit = find_misfit(file.text(), kDefinitionFields)) {
     findings.push_back({&kinds::kDefinitionFields,
                         kDefinitionsPath,
                         {.line = misfit->line},
-                        "the line has " + std::to_string(misfit->fields) + " of 9 fields"});
+                        "the line has " + std::to_string(misfit->fields) + " of " +
+                            std::to_string(kDefinitionFields) + " fields"});
   }
-  if (site.definitions.empty()) {
+  if (site.run.definitions.empty() && !is_harvest_root()) {  // where none are wanted
     findings.push_back({&kinds::kNoToplists,
                         kDefinitionsPath,
                         {},
-                        without_end_blanks(site.definitions_file.text()).empty()
+                        without_end_blanks(file.text()).empty()
                             ? "the file is empty"
                             : "the last record has a template and no page"});
   }
@@ -190,10 +182,11 @@ void check_definitions(const SiteData& site, Findings& findings) {
   for (const ToplistView& toplist : site.toplists) check.check(toplist);
 }
 
-void check_settings(const SiteData& site, Findings& findings) {
-  if (!check_open(site.settings_file, findings)) return;
-  const std::string_view text = without_end_blanks(site.settings_file.text());
-  if (const auto misfit = find_misfit(text, SettingRecord{}.size(), LineBreaks::anywhere)) {
+void check_settings(const SiteView& site, Findings& findings) {
+  const SiteFile file(kSettingsPath);
+  if (!check_open(file, findings)) return;
+  const std::string_view text = without_end_blanks(file.text());
+  if (const auto misfit = find_misfit(text, kSettingFields, LineBreaks::anywhere)) {
     findings.push_back({&kinds::kSettingFields,
                         kSettingsPath,
                         {.line = misfit->line},

@@ -1,9 +1,12 @@
+#include <algorithm>
 #include <map>
 #include <string>
 
 #include "render/tag.h"
 #include "toplistctl/check/check.h"
 #include "toplistctl/check/kinds.h"
+#include "util/fields.h"
+#include "util/number.h"
 #include "util/text.h"
 
 namespace toplist::ctl {
@@ -11,9 +14,9 @@ namespace {
 
 constexpr std::size_t kRecordBytes = sizeof(TradeRecord);
 
-void check_size(const SiteData& site, Findings& findings) {
-  const std::size_t count = site.trades.size();
-  const std::size_t cut = site.trades_file.text().size() % kRecordBytes;
+void check_size(const SiteFile& file, const SiteView& site, Findings& findings) {
+  const std::size_t count = site.run.trades.size();
+  const std::size_t cut = file.text().size() % kRecordBytes;
   if (cut != 0) {
     findings.push_back(
         {&kinds::kCutRecord,
@@ -27,7 +30,7 @@ void check_size(const SiteData& site, Findings& findings) {
          kTradesPath,
          {},
          "holds " + count_of(count, "record") + ", a run needs " + std::to_string(kFewestTrades)});
-  } else if (site.rows.empty()) {
+  } else if (site.run.rows.empty()) {
     findings.push_back({&kinds::kNoActiveTrades,
                         kTradesPath,
                         {},
@@ -56,19 +59,40 @@ class Duplicates {
   std::map<Value, std::size_t> first_;
 };
 
+/// Whether this may stand between two dots of a host name. The underscore is no host name's by the
+/// book, but name servers and the web know hosts that have it.
+bool is_host_label(std::string_view label) {
+  constexpr std::size_t kLongest = 63;
+  const auto fits = [](char c) {
+    return is_digit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-' || c == '_';
+  };
+  return !label.empty() && label.size() <= kLongest && !label.starts_with('-') &&
+         !label.ends_with('-') && std::all_of(label.begin(), label.end(), fits);
+}
+
+bool is_host_name(std::string_view name) {
+  if (name.ends_with('.')) return false;
+  FieldReader labels(name, '.');
+  for (std::string_view label; labels.next(label);) {
+    if (!is_host_label(label)) return false;
+  }
+  return true;
+}
+
 /// What is wrong with a domain, if anything.
 std::string_view domain_fault(std::string_view domain) {
   if (domain.empty()) return "the domain is empty";
   if (domain.size() >= sizeof(TradeRecord::domain)) return "the domain fills its field to the end";
   if (domain.find('/') != std::string_view::npos) return "the domain holds a \"/\"";
+  if (!is_host_name(domain)) return "the domain is no host name";
   return {};
 }
 
-void check_active_trades(const SiteData& site, Findings& findings) {
+void check_active_trades(const SiteView& site, Findings& findings) {
   Duplicates<std::int32_t> ids(kinds::kDuplicateId, "number ");
   Duplicates<std::string_view> domains(kinds::kDuplicateDomain, "domain ");
-  for (std::size_t i = 0; i < site.trades.size(); ++i) {
-    const TradeRecord& trade = site.trades[i];
+  for (std::size_t i = 0; i < site.run.trades.size(); ++i) {
+    const TradeRecord& trade = site.run.trades[i];
     if (!is_active(trade)) continue;
     const std::string_view domain = domain_of(trade);
     if (contains(url_of(trade), kTagMark)) {
@@ -88,9 +112,10 @@ void check_active_trades(const SiteData& site, Findings& findings) {
 
 }  // namespace
 
-void check_trades(const SiteData& site, Findings& findings) {
-  if (!check_open(site.trades_file, findings)) return;
-  check_size(site, findings);
+void check_trades(const SiteView& site, Findings& findings) {
+  const SiteFile file(kTradesPath);
+  if (!check_open(file, findings)) return;
+  check_size(file, site, findings);
   check_active_trades(site, findings);
 }
 

@@ -1,25 +1,40 @@
 #pragma once
 
+#include <cstddef>
+#include <limits>
 #include <string>
-#include <string_view>
+#include <vector>
 
-#include "toplistctl/check/site_data.h"
+#include "toplistctl/output/records.h"
+#include "toplistctl/site_view/log_lines.h"
+#include "toplistctl/site_view/site_view.h"
 
 /// What a site holds, for people and for programs.
 namespace toplist::ctl {
 
-enum class Format { table, json };
-
 /// The trade database, record by record.
-std::string show_trades(const SiteData& site, Format format);
+std::string show_trades(const SiteView& site, Format format);
 
-/// The toplists: how many trades pass the settings of each now, how many places (ranks) its
-/// template names and how many of them it would fill, and how many trades each filter drops. A
-/// trade counts for the first filter that drops it.
-std::string show_toplists(const SiteData& site, Format format);
+/// The toplists: what the next run does with each, how many trades pass its settings now, how many
+/// places (ranks) its template names and how many of them it would fill, and how many trades each
+/// filter drops. A trade counts for the first filter that drops it.
+std::string show_toplists(const SiteView& site, Format format);
 
-/// The system log's text with its times, entities and codes decoded. Other programs write to the
-/// log, too: a line of another shape is kept as its subject.
-std::string show_log(std::string_view text, Format format);
+/// Which figures are wanted, and in which order.
+struct FiguresWanted {
+  Period period = kPeriod24;
+  std::string order_by = {};  ///< "1" to "60"; empty: as in the database
+  std::size_t top = std::numeric_limits<std::size_t>::max();
+};
+
+/// A row per active trade with one period's counters, percentages and further values. Sorts the
+/// site's ranking.
+std::string show_figures(SiteView& site, const FiguresWanted& wanted, Format format);
+
+/// Lines of the system log.
+std::string show_log(const std::vector<LogLine>& lines, Format format);
+
+/// A row per kind of line with its count, first and last time.
+std::string show_log_summary(const std::vector<LogLine>& lines, Format format);
 
 }  // namespace toplist::ctl

@@ -2,27 +2,11 @@
 #include <set>
 
 #include "toplist/ranking.h"
-#include "toplistctl/check/template_walk.h"
-#include "toplistctl/json.h"
 #include "toplistctl/show/show.h"
-#include "toplistctl/table.h"
+#include "toplistctl/templates/places.h"
 
 namespace toplist::ctl {
 namespace {
-
-/// The ranks that the template names.
-std::set<std::int32_t> ranks_named(const ToplistView& toplist) {
-  const SiteFile file(toplist.definition->template_path);
-  std::set<std::int32_t> ranks;
-  walk_template(file.text(), toplist.passing,
-                {.tag =
-                     [&ranks](const TagSpot& spot) {
-                       if (spot.tag && !spot.from_value) ranks.insert(spot.tag->rank);
-                     },
-                 .stray = [](const StrayMark&) {},
-                 .open_block = [](std::size_t) {}});
-  return ranks;
-}
 
 /// How many places a page has for trades, and how many of them trades take.
 struct Places {
@@ -39,70 +23,50 @@ Places places_of(const ToplistView& toplist) {
           static_cast<std::size_t>(std::count_if(ranks.begin(), ranks.end(), is_taken))};
 }
 
-/// Why a run builds the toplist, or does not.
-std::string_view verdict(const ToplistView& toplist) {
-  if (toplist.built) return "yes";
-  return toplist.definition->build_mode == "1" ? "no: check value" : "no: mode";
+/// Whether the next run builds the toplist, or why it does not.
+std::string verdict(const Prospect& next_run) {
+  return next_run.is_built() ? "yes" : next_run.text();
 }
 
 std::string order_text(const std::string& order_by) {
   return is_order_value(order_by) ? order_by : order_by + " (as 16)";
 }
 
-/// Such as "group 12, rin24 3".
-std::string drops_text(const ToplistView& toplist) {
-  std::string text;
-  for (const auto& [filter, count] : toplist.dropped) {
-    text += (text.empty() ? "" : ", ") + std::string(filter) + " " + std::to_string(count);
-  }
-  return text;
+Json drops_of(const ToplistView& toplist) {
+  Json dropped = Json::object();
+  for (const auto& [filter, count] : toplist.dropped) dropped[std::string(filter)] = count;
+  return dropped;
 }
 
-std::string toplists_table(const SiteData& site) {
-  Table table({{"RECORD", Table::Align::right},
-               {"TEMPLATE"},
-               {"PAGE"},
-               {"ORDER BY", Table::Align::right},
-               {"BUILT"},
-               {"PASSING", Table::Align::right},
-               {"PLACES", Table::Align::right},
-               {"SHOWN", Table::Align::right},
-               {"DROPPED BY"}});
+/// What people read: the next run in one column.
+std::string toplists_table(const SiteView& site) {
+  Records records({"record", "template", "page", "order_by", "built", "passing", "places", "shown",
+                   "dropped_by"});
   for (const ToplistView& toplist : site.toplists) {
     const ToplistDefinition& definition = *toplist.definition;
     const Places places = places_of(toplist);
-    table.add_row({std::to_string(toplist.record), definition.template_path, definition.output_path,
-                   order_text(definition.order_by), std::string(verdict(toplist)),
-                   std::to_string(toplist.passing.size()), std::to_string(places.named),
-                   std::to_string(places.taken), drops_text(toplist)});
+    records.add({toplist.record, definition.template_path, definition.output_path,
+                 order_text(definition.order_by), verdict(toplist.next_run), toplist.passing.size(),
+                 places.named, places.taken, drops_of(toplist)});
   }
-  return table.text();
-}
-
-Json json_of(const ToplistView& toplist) {
-  const ToplistDefinition& definition = *toplist.definition;
-  const Places places = places_of(toplist);
-  Json dropped = Json::object();
-  for (const auto& [filter, count] : toplist.dropped) dropped[std::string(filter)] = count;
-  return {{"record", toplist.record},
-          {"template", definition.template_path},
-          {"page", definition.output_path},
-          {"order_by", definition.order_by},
-          {"mode", definition.build_mode},
-          {"built", toplist.built},
-          {"passing", toplist.passing.size()},
-          {"places", places.named},
-          {"shown", places.taken},
-          {"dropped", dropped}};
+  return records.text(Format::table);
 }
 
 }  // namespace
 
-std::string show_toplists(const SiteData& site, Format format) {
+std::string show_toplists(const SiteView& site, Format format) {
   if (format == Format::table) return toplists_table(site);
-  Json list = Json::array();
-  for (const ToplistView& toplist : site.toplists) list.push_back(json_of(toplist));
-  return json_text(list);
+  Records records({"record", "template", "page", "order_by", "mode", "built", "next_run", "reason",
+                   "passing", "places", "shown", "dropped"});
+  for (const ToplistView& toplist : site.toplists) {
+    const ToplistDefinition& definition = *toplist.definition;
+    const Places places = places_of(toplist);
+    records.add({toplist.record, definition.template_path, definition.output_path,
+                 definition.order_by, definition.build_mode, toplist.next_run.is_built(),
+                 toplist.next_run.word(), toplist.next_run.reason, toplist.passing.size(),
+                 places.named, places.taken, drops_of(toplist)});
+  }
+  return records.text(format);
 }
 
 }  // namespace toplist::ctl

@@ -1,0 +1,138 @@
+// CSV into the files of a site, and out again: what was taken in comes out, nothing else changes,
+// and a run reads what the export tells.
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "input.h"
+#include "run/statistics.h"
+#include "toplistctl/data/columns_file.h"
+#include "toplistctl/data/figures_csv.h"
+#include "toplistctl/data/trades_csv.h"
+
+namespace {
+
+using namespace toplist;
+using namespace toplist::ctl;
+using toplist::fuzz::require;
+
+struct Site {
+  std::vector<TradeRecord> trades;
+  std::string columns;
+  std::string sum;
+  std::map<std::string, PeriodBlock, std::less<>> histories;
+
+  [[nodiscard]] Histories totals() const {
+    return [this](std::string_view domain) {
+      const auto found = histories.find(domain);
+      return found == histories.end() ? std::nullopt : std::optional(found->second);
+    };
+  }
+
+  [[nodiscard]] std::string trades_csv() const { return export_trades(trades, columns); }
+  [[nodiscard]] std::string figures_csv() const { return export_figures(trades, sum, totals()); }
+};
+
+/// Both return whether the CSV was taken.
+bool take_trades(Site& site, std::string_view csv) {
+  CsvErrors errors;
+  ImportedTrades imported = import_trades(csv, site.trades, site.columns, errors);
+  if (!errors.empty()) return false;
+  site.trades = std::move(imported.trades);
+  site.columns = std::move(imported.columns);
+  return true;
+}
+bool take_figures(Site& site, std::string_view csv) {
+  CsvErrors errors;
+  ImportedFigures imported = import_figures(csv, site.trades, site.sum, site.totals(), errors);
+  if (!errors.empty()) return false;
+  site.sum = std::move(imported.sum);
+  for (const auto& [domain, totals] : imported.histories) site.histories[domain] = totals;
+  return true;
+}
+
+bool same_trades(const Site& a, const Site& b) {
+  return a.trades.size() == b.trades.size() &&
+         std::memcmp(a.trades.data(), b.trades.data(), a.trades.size() * sizeof(TradeRecord)) == 0;
+}
+
+/// Imports what the site exports. An import may refuse what a site should not hold, such as an id
+/// twice; what it takes must change nothing.
+void take_own_export(const Site& site, bool must_take) {
+  Site same = site;
+  const bool took_trades = take_trades(same, site.trades_csv());
+  require(took_trades || !must_take, "own trades refused");
+  const bool padded = site.trades.size() < kFewestTrades || site.columns.empty();
+  require(!took_trades || padded || (same_trades(same, site) && same.columns == site.columns),
+          "own trades change something");
+  same = site;
+  if (take_figures(same, site.figures_csv())) {
+    require(same.sum == site.sum && same.figures_csv() == site.figures_csv(),
+            "own figures change something");
+  }
+}
+
+void copy_site(const Site& site) {
+  Site copy;
+  const std::string trades = site.trades_csv();
+  if (!take_trades(copy, trades)) return;
+  const bool has_columns = !trades.starts_with("id,domain,url,status\r\n");
+  require(site.trades.size() < kFewestTrades || !has_columns || copy.trades_csv() == trades,
+          "trades of a copy differ");
+  const std::string figures = site.figures_csv();
+  if (!take_figures(copy, figures)) return;
+  const std::string again = copy.figures_csv();
+  require(again.starts_with(figures), "figures of a copy differ");
+}
+
+void compare_with_run(const Site& site) {
+  std::set<std::int32_t> ids;
+  for (const TradeRecord& trade : site.trades) {
+    if (!ids.insert(trade.trade_id).second) return;  // a run tells these apart by their status
+  }
+  std::vector<TradeRow> rows = build_rows(site.trades);
+  attach_extra_columns(site.columns, rows);
+  read_recent_periods(site.sum, rows);
+  const ColumnsFile columns(site.columns);
+  const std::string csv = site.figures_csv();
+  for (const TradeRow& row : rows) {
+    require(columns.of(row.domain) == row.extra_columns, "columns differ from a run's");
+    const PeriodBlock& block = row.periods[kPeriod07];
+    const std::size_t line = csv.find("\r\n" + row.id + ",07,");
+    const std::string rin = row.id + ",07," + std::to_string(block.rin) + ",";
+    const std::string further = "," + std::to_string(block.further[2]) + "\r\n";
+    require(line == std::string::npos ? block.rin == 0 && block.further[2] == 0
+                                      : csv.compare(line + 2, rin.size(), rin) == 0 &&
+                                            csv.find(further, line + 2) + further.size() ==
+                                                csv.find("\r\n", line + 2) + 2,
+            "figures differ from a run's");
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  toplist::fuzz::Input input(bytes, size);
+  const std::string_view trades = input.text(input.integer<std::uint16_t>());
+  const std::string_view figures = input.text(input.integer<std::uint16_t>());
+  Site site;
+  site.columns = input.text(input.integer<std::uint16_t>());
+  site.sum = input.text(input.integer<std::uint16_t>());
+  while (!input.empty()) {
+    const std::string_view record = input.text(sizeof(TradeRecord));
+    std::memcpy(static_cast<void*>(&site.trades.emplace_back()), record.data(), record.size());
+  }
+  take_own_export(site, false);
+  compare_with_run(site);
+  if (!take_trades(site, trades)) return 0;
+  take_figures(site, figures);
+  take_own_export(site, true);
+  copy_site(site);
+  compare_with_run(site);
+  return 0;
+}

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "harvest/harvest_config.h"
+#include "run/trade_record.h"
+
+namespace toplist {
+
+/// Where the external downloaders put what they fetch.
+inline constexpr const char* kDownloadFolder = "l/sys/net/";
+
+/// Fetches as fetch_raw_http() does.
+using RawFetch = std::function<std::string(const std::string& host, const std::string& url)>;
+
+/// The steps of one trade's harvest. harvest_trade() carries them out.
+///
+/// A page ends a line where it likes, so control characters at the ends of an address are no part
+/// of it. Those inside stay, and every fetch refuses them.
+class TradeHarvest {
+ public:
+  /// `config` and what `raw_fetch` refers to must outlive this object.
+  TradeHarvest(const TradeRecord& trade, const HarvestConfig& config, RawFetch raw_fetch);
+
+  /// The address of the trade's page, and its host as of host_of_url().
+  [[nodiscard]] const std::string& url() const { return url_; }
+  [[nodiscard]] const std::string& host() const { return host_; }
+
+  /// The trade's page in lower case; empty when there is none.
+  [[nodiscard]] std::string fetch_page() const;
+
+  /// Fetches a picture into `image`, which stays as it is when the fetch method is unknown, or when
+  /// a downloader would have no name for its temporary file.
+  void fetch_picture(const std::string& address, std::string& image) const;
+
+  /// Cuts the HTTP head off what the built-in client has fetched. The image may then be below the
+  /// size that ends the search, which goes on in that case (contract: small-without-head).
+  void remove_head(std::string& image) const;
+
+  /// Where the thumbnail is stored; empty when that would be outside of the thumbnail folder. A
+  /// domain may name a folder inside.
+  [[nodiscard]] std::string thumbnail_path() const;
+
+  /// The shell command line that runs the image tool on the stored thumbnail.
+  [[nodiscard]] std::string image_tool_command() const;
+
+  /// Stores an accepted picture without its head as the thumbnail and runs the image tool. Does
+  /// nothing when there is no place for it.
+  void store_thumbnail(std::string& image) const;
+
+ private:
+  void fetch(const std::string& url, const char* temp_suffix, std::string& text) const;
+
+  const HarvestConfig& config_;
+  const RawFetch raw_fetch_;
+  const std::string domain_;
+  const std::string url_;
+  const std::string host_;
+};
+
+/// The shell command line that runs the image tool on a stored thumbnail.
+///
+/// Its input path is named by the page's host, its output path by the trade's domain: the
+/// two coincide where the trade's page is on its own domain (contract: host-and-domain).
+std::string image_tool_command(const HarvestConfig& config, std::string_view url_host,
+                               std::string_view domain);
+
+}  // namespace toplist

@@ -1,0 +1,96 @@
+#include "net/response_reader.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "util/fields.h"
+#include "util/text.h"
+
+namespace toplist {
+namespace {
+
+constexpr std::string_view kBlanks = " \t";
+
+/// Where the first empty line at or behind `from` ends, which ends a head; npos without one.
+std::size_t end_of_head(std::string_view text, std::size_t from) {
+  for (std::size_t at = text.find('\n', from); at != text.npos; at = text.find('\n', at + 1)) {
+    const std::string_view rest = text.substr(at + 1);
+    if (rest.starts_with('\n')) return at + 2;
+    if (rest.starts_with("\r\n")) return at + 3;
+  }
+  return text.npos;
+}
+
+std::string_view trimmed(std::string_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
+/// Whether the line is that of a response which is not followed by another one, as 1xx are.
+bool is_final_status(std::string_view line) {
+  if (!line.starts_with("HTTP/")) return false;
+  const std::size_t blank = std::min(line.find(' '), line.size());
+  const std::string_view status = trimmed(line.substr(blank));
+  return !status.empty() && status.front() >= '2' && status.front() <= '5';
+}
+
+std::optional<std::uint64_t> parse_length(std::string_view text) {
+  std::uint64_t length = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, length);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return length;
+}
+
+struct Header {
+  std::string name;  ///< in lower case
+  std::string_view value;
+};
+
+Header split_header(std::string_view line) {
+  const std::size_t colon = std::min(line.find(':'), line.size());
+  Header header{std::string(trimmed(line.substr(0, colon))), line.substr(colon)};
+  lower_case(header.name);
+  header.value.remove_prefix(header.value.empty() ? 0 : 1);
+  header.value = trimmed(header.value);
+  return header;
+}
+
+/// Takes the next line of a head, without its end.
+bool next_line(FieldReader& lines, std::string_view& line) {
+  if (!lines.next(line)) return false;
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  return true;
+}
+
+}  // namespace
+
+std::optional<std::uint64_t> announced_length(std::string_view head) {
+  FieldReader lines(head, kLineSeparator);
+  std::string_view line;
+  if (!next_line(lines, line) || !is_final_status(line)) return std::nullopt;
+  std::optional<std::uint64_t> length;
+  while (next_line(lines, line)) {
+    if (line.find_first_of(kBlanks) == 0) return std::nullopt;  // folded
+    const Header header = split_header(line);
+    if (header.name == "transfer-encoding") return std::nullopt;
+    if (header.name != "content-length") continue;
+    if (length) return std::nullopt;  // twice; the same number or not
+    length = parse_length(header.value);
+    if (!length) return std::nullopt;
+  }
+  return length;
+}
+
+void ResponseReader::append(std::string_view bytes) {
+  // An empty line may have begun with the last two bytes of what was there: "\n\r".
+  const std::size_t from = std::max<std::size_t>(bytes_.size(), 2) - 2;
+  bytes_ += bytes;
+  if (body_start_ != 0) return;
+  const std::size_t end = end_of_head(bytes_, from);
+  if (end == std::string::npos) return;
+  body_start_ = end;
+  body_bytes_ = announced_length(std::string_view(bytes_).substr(0, end));
+}
+
+}  // namespace toplist

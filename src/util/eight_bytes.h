@@ -1,0 +1,46 @@
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace toplist {
+
+inline constexpr std::size_t kEightBytes = 8;
+
+/// Where a character stands among eight bytes of text, told by arithmetic on all of them at once.
+///
+/// The bytes are one 64-bit number with the first byte lowest. `counts_` holds, byte by byte, how
+/// often the character has been seen up to there.
+class ByteCounts {
+ public:
+  /// `bytes` points to at least eight.
+  ByteCounts(const char* bytes, char wanted) noexcept {
+    static_assert(std::endian::native == std::endian::little);
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    const std::uint64_t differences = word ^ (kOnes * static_cast<unsigned char>(wanted));
+    // A byte's top bit is clear in this sum only where the byte does not differ.
+    const std::uint64_t nonzero = ((differences & kLowBits) + kLowBits) | differences;
+    counts_ = ((~nonzero & kTopBits) >> 7) * kOnes;
+  }
+
+  [[nodiscard]] std::size_t total() const noexcept { return counts_ >> 56; }
+
+  /// Where the character stands for the nth time, with 1 <= n <= total().
+  [[nodiscard]] std::size_t position_of(std::size_t n) const noexcept {
+    // A byte keeps its top bit where its count, at most eight, is at least n.
+    const std::uint64_t reached = ((counts_ | kTopBits) - kOnes * n) & kTopBits;
+    return static_cast<std::size_t>(std::countr_zero(reached)) / 8;
+  }
+
+ private:
+  static constexpr std::uint64_t kOnes = 0x0101010101010101;
+  static constexpr std::uint64_t kTopBits = kOnes * 0x80;
+  static constexpr std::uint64_t kLowBits = kOnes * 0x7f;
+
+  std::uint64_t counts_;
+};
+
+}  // namespace toplist

@@ -1,0 +1,201 @@
+// Export and import by the built companion: sites, locks, a database.
+
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <map>
+#include <string>
+
+#include "run/trade_record.h"
+#include "support/site.h"
+#include "toplistctl/sample/sample_site.h"
+#include "util/fields.h"
+#include "util/file.h"
+#include "util/shell.h"
+#include "util/text.h"
+
+namespace toplist::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Runs shell commands in the site's root, where "toplistctl" and "toplist" are the built ones; the
+/// exit status. What is printed goes to `out` and `err` beside the site.
+class Shell {
+ public:
+  explicit Shell(const Site& site) : site_(site) {
+    fs::create_symlink(TOPLISTCTL_PROGRAM, beside_.path() + "/toplistctl");
+    fs::create_symlink(TOPLIST_PROGRAM, beside_.path() + "/toplist");
+  }
+
+  int run(const std::string& commands) {
+    (void)beside_.write("commands", commands);
+    const std::string line = "cd " + shell_word(site_.path("")) + " && PATH=" + beside_.path() +
+                             ":$PATH sh -e " + beside_.path() + "/commands >" + beside_.path() +
+                             "/out 2>" + beside_.path() + "/err";
+    return WEXITSTATUS(std::system(line.c_str()));
+  }
+
+  [[nodiscard]] std::string out() const { return beside_.read("out"); }
+  [[nodiscard]] std::string err() const { return beside_.read("err"); }
+
+ private:
+  const Site& site_;
+  TempDir beside_;
+};
+
+constexpr const char* kLock = "l/sys/toplist.lock";
+
+/// What the site holds besides the lock.
+std::map<std::string, std::string> data_of(const Site& site) {
+  auto contents = site.contents();
+  contents.erase(kLock);
+  return contents;
+}
+
+TEST(DataCommands, AnImportedSampleHasThePagesOfTheOriginal) {
+  const Site site{Site::Bare{}};
+  ASSERT_EQ(site::write_sample_site(site.path("s"), {.thumbnails = site::Thumbnails::none}), "");
+  Shell shell(site);
+  ASSERT_EQ(shell.run("toplistctl export trades --site s >t.csv\n"
+                      "toplistctl export figures --site s >f.csv\n"
+                      "cp -R s copy && rm copy/d/h/* copy/d/t/* copy/d/tl/tl.a1\n"
+                      "toplistctl import trades --site copy t.csv\n"
+                      "toplistctl import figures --site copy - <f.csv\n"
+                      "toplistctl export trades --site copy | cmp - t.csv\n"
+                      "toplistctl export figures --site copy | cmp - f.csv\n"
+                      "cat f.csv | toplistctl import figures --no-wait --site s /dev/stdin\n"
+                      "diff s/d/t/sum copy/d/t/sum"),
+            0)
+      << shell.err();
+  // Alternatives are picked by the second: both runs have to fall into the same one.
+  std::time_t before = 0;
+  do {
+    before = std::time(nullptr);
+    ASSERT_EQ(shell.run("(cd s && toplist run); (cd copy && toplist run)"), 0);
+  } while (std::time(nullptr) != before);
+  EXPECT_EQ(shell.run("for page in s/*.html; do cmp $page copy/${page#s/}; done; ls s/*.html"), 0)
+      << shell.out();
+  EXPECT_EQ(site.read("copy/l/sys/sys.log"), "");
+}
+
+TEST(DataCommands, NothingIsWrittenWhereSomethingIsWrong) {
+  const Site site;
+  site.write("bad.csv", "id,period,rin\n101,60,5\n102,99,x\n");
+  site.write("good.csv", "id,period,rin\n101,60,5\n102,99,5\n103,99,5\n");
+  site.replace_by_dir("d/h/t03.example.his");
+  const auto before = data_of(site);
+  Shell shell(site);
+  EXPECT_EQ(shell.run("toplistctl import figures bad.csv"), 1);
+  EXPECT_EQ(shell.err(),
+            "toplistctl: bad.csv: line 3, column 3 (rin): a whole number must stand here\n"
+            "toplistctl: nothing was written\n");
+  EXPECT_EQ(shell.run("toplistctl import figures good.csv"), 2);
+  EXPECT_EQ(shell.err(), "toplistctl: cannot write d/h/t03.example.his: Invalid argument\n");
+  EXPECT_EQ(shell.run("toplistctl import trades none.csv"), 2);
+  EXPECT_EQ(shell.run("toplistctl import trades - <&-"), 2);
+  EXPECT_EQ(data_of(site), before);
+}
+
+TEST(DataCommands, ASmallDatabaseIsFilledUpAndBuilds) {
+  const Site site(std::vector<Trade>{});
+  site.add_toplist("top", "%%tid_000%% %%tit_000%% %%tid_001%%\n");
+  Shell shell(site);
+  ASSERT_EQ(shell.run("printf 'id,domain,status,title\\n7,a.example,1,\"A \"\"a\"\"\"\\n' |\n"
+                      "  toplistctl import trades -"),
+            0);
+  EXPECT_EQ(shell.out(),
+            "Trades: 1, 1 of them new; 0 removed.\n"
+            "Added 9 records of no trade, with ids below 0: a run takes fewer than 10 for a "
+            "database that is still being written.\n");
+  EXPECT_EQ(site.run(), RunResult{});
+  EXPECT_EQ(site.read("top.html"), "7 A \"a\"  \n");
+  // The exported records are imported as they are.
+  EXPECT_EQ(shell.run("toplistctl export trades | toplistctl import trades -"), 0);
+  EXPECT_EQ(shell.out(), "Trades: 10, 0 of them new; 0 removed.\n");
+}
+
+TEST(DataCommands, AnImportWaitsForARunToEndOrGivesUp) {
+  const Site site;
+  site.write("t.csv", "id,domain\n1,a.example\n");
+  const auto before = data_of(site);
+  Shell shell(site);
+  site.write(kLock, "");
+  {
+    const UniqueFd lock = open_for_reading(site.path(kLock));
+    ASSERT_EQ(::flock(lock.get(), LOCK_EX), 0);
+    EXPECT_EQ(shell.run("toplistctl import trades --no-wait t.csv"), 2);
+    EXPECT_EQ(shell.err(), "toplistctl: l/sys/toplist.lock is held by a run or another import\n");
+    // It says that it waits, and does.
+    EXPECT_EQ(shell.run("toplistctl import trades t.csv 2>said & pid=$!\n"
+                        "until grep -q waiting said; do sleep 0.02; done\n"
+                        "kill -0 $pid && kill $pid"),
+              0);
+    site.remove("said");
+    EXPECT_EQ(data_of(site), before);
+  }
+  EXPECT_EQ(shell.run("toplistctl import trades --no-wait t.csv"), 0);
+  EXPECT_NE(data_of(site), before);
+  site.remove("l/sys");
+  EXPECT_EQ(shell.run("toplistctl import trades t.csv"), 2);
+}
+
+TEST(DataCommands, AToplistIsExportedAsARunShowsIt) {
+  const Site site;
+  site.add_toplist("top", "%%tid_000%%\n", "2");
+  site.add_setting("top", "uin60=110");
+  Shell shell(site);
+  ASSERT_EQ(shell.run("toplistctl export toplist top.tpl"), 0);
+  EXPECT_EQ(shell.out(),
+            "rank,id,domain,url,figure,title,description,picture,att00\r\n"
+            "0,112,t12.example,http://t12.example/,120,Title 12,About 12,12.jpg,Category 12\r\n"
+            "1,111,t11.example,http://t11.example/,110,Title 11,About 11,11.jpg,Category 11\r\n");
+  ASSERT_EQ(shell.run("toplistctl export toplist --json top.html"), 0);
+  EXPECT_TRUE(contains(shell.out(), "\"rank\": 1,\n    \"id\": 111,")) << shell.out();
+  EXPECT_EQ(shell.run("toplistctl export toplist none.tpl"), 2);
+}
+
+/// The commands under a "# " heading of the manual page: what stands behind "$ ", and the lines
+/// that go on with it.
+std::string commands_of(const std::string& heading) {
+  FileBuffer page;
+  EXPECT_TRUE(page.read(TOPLISTCTL_MANUAL));
+  std::string commands;
+  bool here = false;
+  bool literal = false;
+  FieldReader lines(page.text(), kLineSeparator);
+  for (std::string_view line; lines.next(line);) {
+    if (line == "```") {
+      literal = !literal;
+    } else if (!literal && line.starts_with('#')) {
+      here = line == "# " + heading;
+    } else if (here && literal) {
+      commands.append(line.starts_with("$ ") ? line.substr(2) : line) += '\n';
+    }
+  }
+  return commands;
+}
+
+TEST(DataCommands, TheManualsWayLeadsFromADatabaseToPages) {
+  if (std::system("sqlite3 -version >/dev/null 2>&1") != 0) {
+    GTEST_SKIP() << "sqlite3 is not installed";
+  }
+  const Site site(std::vector<Trade>{});
+  site.add_toplist("index", "%%tid_000%% %%tit_000%% %%rin99_000%%\n%%tid_195%%\n", "16");
+  Shell shell(site);
+  ASSERT_EQ(shell.run("sqlite3 partners.db <" + shell_word(TOPLIST_TEST_DATA "/partners.sql")), 0);
+  std::string commands = commands_of("FROM A DATABASE TO PAGES");
+  replace_all(commands, "toplistctl init /srv/mysite\n", "");
+  replace_all(commands, "/srv/mysite", ".");
+  ASSERT_EQ(shell.run(commands), 0) << shell.err();
+  EXPECT_EQ(site.read("index.html"), "1 Partner \"1\", the Größte 40000\n199\n");
+  EXPECT_EQ(site.log(), "");
+}
+
+}  // namespace
+}  // namespace toplist::test

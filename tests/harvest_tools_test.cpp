@@ -1,0 +1,210 @@
+// What the companion command does about harvests: a root of their own, and an account of one.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "support/site.h"
+#include "toplistctl/harvest/explain.h"
+#include "toplistctl/harvest/harvest_root.h"
+
+namespace toplist::test {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace toplist::ctl;
+
+/// Stands in for a downloader: every page has one picture.
+constexpr const char* kFetchScript =
+    "#!/bin/sh\n"
+    "case $5 in\n"
+    "*/12345) head -c 3000 /dev/zero | tr '\\0' 'p' >\"$4\" ;;\n"
+    "*) echo '<a href=/><img src=/12345></a>' >\"$4\" ;;\n"
+    "esac\n";
+
+/// A site that harvests its last trade, "t12.example", with a stand-in for the downloader.
+struct HarvestedSite : Site {
+  HarvestedSite() {
+    for (const char* name : {"bin", "l/sys/net"}) make_dir(name);
+    write("bin/fetch", kFetchScript);
+    ::chmod(path("bin/fetch").c_str(), 0700);
+    write("d/tl/vantaig",
+          site::encode_harvest_file({.image_tool = ":", .fetch_method = "2", .harvest = "1"}));
+    add_toplist("top", "%%tid_000%%\n");
+  }
+
+  [[nodiscard]] std::string tools() const { return path("bin") + ":/usr/bin:/bin"; }
+
+  /// Replaces a file as the site's own programs may: by another one of its name.
+  void replace(const std::string& name, const std::string& bytes) const {
+    write("new", bytes);
+    fs::rename(path("new"), path(name));
+  }
+
+  /// The exit status; what it prints goes to the file "out".
+  [[nodiscard]] int run_ctl(const std::string& arguments) const {
+    const std::string command = "cd " + path("") + " && PATH=" + tools() + " " TOPLISTCTL_PROGRAM +
+                                " " + arguments + " >out 2>&1";
+    return WEXITSTATUS(std::system(command.c_str()));
+  }
+};
+
+const std::string kThumbnail(3000, 'p');
+
+TEST(HarvestRoot, HarvestsForTheSiteAndBuildsNoPage) {
+  const HarvestedSite site;
+  const Site root{Site::Bare{}};
+  ASSERT_EQ(lay_out_harvest_root(site.path(""), root.path("")), "");
+  const Start start{.environment = {"PATH=" + site.tools()}};
+  EXPECT_EQ(root.start(start), RunResult{});
+  EXPECT_EQ(site.read("l/thumbs/t12.example.jpg"), kThumbnail + '\n');
+  EXPECT_EQ(site.read("top.html"), "");
+  EXPECT_EQ(site.log(), "");
+  EXPECT_EQ(site.run_ctl("check --path " + site.tools() + " --site " + root.path("")), 0)
+      << site.read("out");
+
+  // The links hold when files are replaced, and also when the log comes into being behind one.
+  std::string index = site.read("d/t/index");
+  site::append_trade(index, site::make_trade(113, "new.example", "http://new.example/"));
+  site.replace("d/t/index", index);
+  EXPECT_EQ(root.start(start), RunResult{});
+  EXPECT_EQ(site.read("l/thumbs/new.example.jpg"), kThumbnail + '\n');
+  EXPECT_EQ(site.log(), "|<time>|toplist|1|d&#47;h&#47;new.example.his|0||||\n");
+}
+
+TEST(HarvestRoot, IsLaidOutWhollyOrNotAtAll) {
+  const struct {
+    const char *thumb_dir, *link;  ///< nullptr: refused; empty: none is needed
+  } cases[] = {{"l/thumbs/", "l/thumbs"}, {"thumbs/x_", "thumbs"}, {"./a/b/", "a/b"},
+               {"/srv/thumbs/", ""},      {"x_", nullptr},         {"", nullptr},
+               {"./", nullptr},           {"../thumbs/", nullptr}, {"l/", nullptr},
+               {"d/t/x/", nullptr},       {"site/", nullptr}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.thumb_dir);
+    const HarvestedSite site;
+    site.write("d/tl/vantaig", site::encode_harvest_file({.thumb_dir = c.thumb_dir}));
+    const auto before = site.contents();
+    const std::string folder = c.link == nullptr ? "" : c.link;
+    const std::string error = lay_out_harvest_root(site.path(""), site.path("root"));
+    EXPECT_EQ(error.empty(), c.link != nullptr) << error;
+    EXPECT_EQ(fs::is_symlink(site.path("root/" + folder)), !folder.empty());
+    site.remove("root");
+    EXPECT_EQ(site.contents(), before);
+  }
+  const HarvestedSite site;
+  EXPECT_NE(lay_out_harvest_root(site.path(""), site.path("bin")), "");
+  EXPECT_EQ(site.read("bin/fetch"), kFetchScript);
+  EXPECT_NE(lay_out_harvest_root(site.path("bin"), site.path("root")), "");
+  EXPECT_FALSE(fs::exists(site.path("root")));
+}
+
+TEST(HarvestRoot, WhoWritesTheSitesLogMayDownload) {
+  const HarvestedSite site;
+  ASSERT_EQ(::chmod(site.path("l/sys").c_str(), 02775), 0);
+  ASSERT_EQ(site.run_ctl("init --harvest-of . root"), 0) << site.read("out");
+  for (const char* folder : {"root/l/sys", "root/l/sys/net"}) {
+    struct stat status {};
+    ASSERT_EQ(::stat(site.path(folder).c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 02775U) << folder;
+  }
+  EXPECT_NE(site.read("out").find("line 7"), std::string::npos) << "the site harvests as well";
+}
+
+using Web = std::map<std::string, RawResponse>;  ///< by address; others are unknown hosts
+
+/// The account of a trade, a line each.
+std::string account(const Web& web, const site::HarvestFile& config, std::size_t index) {
+  std::vector<TradeRecord> trades(12);
+  trades[index] = site::make_trade(7, "a.e", "http://www.a.e/in");
+  std::string text;
+  const bool stored = explain_harvest(
+      trades, index, parse_harvest_config(site::encode_harvest_file(config), ""),
+      [&web](const std::string& /*host*/, const std::string& url) {
+        const auto found = web.find(url);
+        return found == web.end() ? RawResponse{.failure = kUnknownHost} : found->second;
+      },
+      [&text](const std::string& line) { text += line + '\n'; });
+  EXPECT_EQ(stored, text.find("taken: a run stores") != std::string::npos);
+  return text;
+}
+
+TEST(Explain, TellsWhyEachPictureIsRefusedOrTaken) {
+  const std::string head = "HTTP/1.1 200 OK\r\n\r\n", kept(2100, 'p');
+  const auto response = [&head](const std::string& body) { return RawResponse{head + body}; };
+  const Web web = {
+      {"http://www.a.e/in", response("<a href=/>text</a><a href=http://b.e/><img src=x></a>"
+                                     "<a href=/><img src=/Logo-12345></a>"
+                                     "<a href=/><img src=http://none.e/12345\x1b></a>"
+                                     "<a href=/><img src=/small12345></a>"
+                                     "<a href=/><img src=/page12345\n></a>"
+                                     "<a href=/><img src=/kept12345></a>"
+                                     "<a href=/><img src=/further12345></a>")},
+      {"http://a.e/small12345", response("small")},
+      {"http://a.e/page12345", RawResponse{"HTTP/1.1 404 Not Found\r\n\r\n<html>"}},
+      {"http://a.e/kept12345", response(kept)},
+  };
+  EXPECT_EQ(account(web, {.image_tool = "tool", .image_tool_args = "x", .harvest = "1"}, 11),
+            "Page: http://www.a.e/in\n"
+            "  292 bytes, beginning \"HTTP/1.1 200 OK\"\n"
+            "Link 1\n"
+            "  refused: the link holds no picture\n"
+            "Link 2\n"
+            "  refused: the link leads to another site\n"
+            "Link 3: http://a.e/logo-12345\n"
+            "  refused: its address holds \"logo\"\n"
+            "Link 4: http://none.e/12345?\n"
+            "  nothing came: the host is not known\n"
+            "  refused: fewer than 2048 bytes\n"
+            "Link 5: http://a.e/small12345\n"
+            "  24 bytes, beginning \"HTTP/1.1 200 OK\"\n"
+            "  refused: fewer than 2048 bytes\n"
+            "Link 6: http://a.e/page12345?\n"
+            "  32 bytes, beginning \"HTTP/1.1 404 Not Found\"\n"
+            "  refused: fewer than 2048 bytes\n"
+            "Link 7: http://a.e/kept12345\n"
+            "  2119 bytes, beginning \"HTTP/1.1 200 OK\"\n"
+            "  taken: a run stores 2100 bytes as l/thumbs/a.e.jpg and runs\n"
+            "    tool l/thumbs/a.e.jpg x l/thumbs/a.e.jpg\n"
+            "End: 2048 bytes or more have come.\n");
+}
+
+TEST(Explain, TellsWhatKeepsARunFromTryingAtAll) {
+  EXPECT_EQ(account({}, {.fetch_method = "9", .harvest = "1"}, 11),
+            "Line 5 of the configuration is no fetch method: nothing is fetched.\n");
+  EXPECT_EQ(account({}, {}, 3),
+            "Record 4 is one of the first 11, which no run visits. If one did:\n"
+            "Line 7 of the configuration switches the harvest off. If it were on:\n"
+            "Page: http://www.a.e/in\n"
+            "  nothing came: the host is not known\n"
+            "End: no further link is in the page.\n");
+  EXPECT_EQ(account({}, {.harvest = "1\nan eighth"}, 11),
+            "Page: http://www.a.e/in\n"
+            "  nothing came: the host is not known\n"
+            "The configuration has more than 7 lines: a run stores nothing.\n");
+}
+
+TEST(Explain, FetchesAsARunDoesAndStoresNothing) {
+  const HarvestedSite site;
+  const auto before = site.contents();
+  for (const char* trade : {"t12.example", "112"}) {
+    EXPECT_EQ(site.run_ctl(std::string("harvest --explain ") + trade), 0);
+    EXPECT_NE(site.read("out").find("  3001 bytes by fetch\n  taken: a run stores 3001 bytes"),
+              std::string::npos)
+        << site.read("out");
+    site.remove("out");
+    EXPECT_EQ(site.contents(), before);
+  }
+  site.write("bin/fetch", "#!/bin/sh\n");
+  EXPECT_EQ(site.run_ctl("harvest --explain 112"), 1);
+  EXPECT_NE(site.read("out").find("nothing came by fetch"), std::string::npos) << site.read("out");
+  EXPECT_EQ(site.run_ctl("harvest --explain none.example"), 2);
+}
+
+}  // namespace
+}  // namespace toplist::test

@@ -1,0 +1,156 @@
+// toplistctl render and why against runs of the built program, in sites with random faults.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "support/random_site.h"
+#include "toplistctl/output/console.h"
+#include "toplistctl/why/account.h"
+#include "util/shell.h"
+#include "util/text.h"
+
+namespace toplist::test {
+namespace {
+
+using namespace toplist::ctl;
+
+/// How many random sites; more are tried by hand.
+std::uint64_t site_count() {
+  const char* count = std::getenv("TOPLIST_RANDOM_SITES");
+  return count == nullptr ? 25 : std::strtoull(count, nullptr, 10);
+}
+
+std::string pages_folder(const TempDir& dir) { return dir.path() + "/pages"; }
+
+int render_all(const Site& site, const TempDir& dir) {
+  const std::string command =
+      TOPLISTCTL_PROGRAM " render --all --site " + shell_word(site.path("")) + " --into " +
+      shell_word(pages_folder(dir)) + " 2>" + shell_word(dir.path() + "/err");
+  return WEXITSTATUS(std::system(command.c_str()));
+}
+
+/// The accounts of all trades.
+std::vector<Account> all_accounts(const SiteView& view) {
+  std::set<std::string> ids;
+  for (const TradeRecord& trade : view.run.trades) ids.insert(std::to_string(trade.trade_id));
+  std::vector<Account> accounts;
+  for (const std::string& id : ids) {
+    for (Account& account : accounts_of(view, id, "")) accounts.push_back(std::move(account));
+  }
+  return accounts;
+}
+
+/// A run, and what was foreseen of it in the same second.
+struct Try {
+  explicit Try(std::uint64_t seed) : site(seed), before(site.contents()) {
+    {
+      const InSite in_site(site);
+      view = std::make_unique<SiteView>();
+      accounts = all_accounts(*view);
+    }
+    const std::time_t start = std::time(nullptr);
+    status = render_all(site, rendered);
+    result = site.run();
+    in_one_second = std::time(nullptr) == start;
+  }
+
+  RandomSite site;
+  std::map<std::string, std::string> before;
+  std::unique_ptr<SiteView> view;
+  std::vector<Account> accounts;
+  TempDir rendered;
+  int status = 0;  ///< of `render --all`
+  RunResult result;
+  bool in_one_second = false;
+};
+
+/// What a site holds once the pages that were rendered for it are laid over what it held.
+std::map<std::string, std::string> with_pages(const Try& tried) {
+  auto contents = tried.before;
+  const std::filesystem::path folder = pages_folder(tried.rendered);
+  const std::string root = tried.site.path("").substr(1);  // of absolute pages, below the folder
+  if (!std::filesystem::exists(folder)) return contents;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+    if (!entry.is_regular_file()) continue;
+    std::string name = entry.path().lexically_relative(folder);
+    const std::string text = tried.rendered.read("pages/" + name);
+    if (name.starts_with(root)) name = name.substr(root.size());
+    contents[name] = text;
+  }
+  return contents;
+}
+
+bool ended_early(const Try& tried) {
+  return tried.result.signal == SIGABRT || !tried.result.out.empty() ||
+         contains(tried.site.log(), "|1||||\n") || tried.view->run.rows.empty() ||
+         tried.view->toplists.empty();
+}
+
+/// The ids in a page, by rank.
+std::map<std::size_t, std::string> ids_in(const std::string& page) {
+  static const std::regex kLine("rank (\\d+): (\\d+) ");
+  std::map<std::size_t, std::string> ids;
+  for (std::sregex_iterator i(page.begin(), page.end(), kLine), end; i != end; ++i) {
+    ids[std::stoul((*i)[1])] = (*i)[2];
+  }
+  return ids;
+}
+
+/// Whether the page holds what this toplist shows after the run.
+bool holds_page(const SiteView& view, const ToplistView& toplist) {
+  const auto& path = toplist.definition->output_path;
+  return toplist.next_run.is_built() &&
+         std::none_of(view.toplists.begin(), view.toplists.end(), [&](const ToplistView& other) {
+           return other.record > toplist.record && other.definition->output_path == path &&
+                  other.next_run.is_built();
+         });
+}
+
+/// The ids in a toplist's page as the accounts have them.
+std::map<std::size_t, std::string> ids_told(const Try& tried, std::size_t index) {
+  std::map<std::size_t, std::string> ids;
+  for (const Account& account : tried.accounts) {
+    const Standing& standing = account.toplists.at(index);
+    if (standing.is_shown()) ids[*standing.rank] = std::to_string(account.trade->trade_id);
+  }
+  return ids;
+}
+
+std::unique_ptr<Try> try_in_one_second(std::uint64_t seed) {
+  auto tried = std::make_unique<Try>(seed);
+  while (!tried->in_one_second) tried = std::make_unique<Try>(seed);
+  return tried;
+}
+
+TEST(Preview, IsWhatARunDoesInTheSameSecond) {
+  for (std::uint64_t seed = 0; seed < site_count(); ++seed) {
+    SCOPED_TRACE(seed);
+    const auto tried = try_in_one_second(seed);
+    const std::string told = tried->rendered.read("err");
+    if (contains(told, " is the page of record ")) continue;
+    EXPECT_EQ(tried->site.contents(), with_pages(*tried)) << told;
+    EXPECT_EQ(tried->status, ended_early(*tried) ? kFoundSomething : 0) << told;
+    for (std::size_t i = 0; i < tried->view->toplists.size(); ++i) {
+      const ToplistView& toplist = tried->view->toplists[i];
+      if (!holds_page(*tried->view, toplist)) continue;
+      std::string page = toplist.definition->output_path;
+      if (page.starts_with('/')) page = "absolute.html";
+      EXPECT_EQ(ids_in(tried->site.read(page)), ids_told(*tried, i)) << toplist.record;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace toplist::test

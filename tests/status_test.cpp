@@ -1,0 +1,212 @@
+// Whether a schedule is alive, and the lists that "show" writes.
+
+#include "toplistctl/status/status.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <ctime>
+#include <string>
+
+#include "support/rows.h"
+#include "support/site.h"
+#include "toplist/ranking.h"
+#include "toplistctl/show/show.h"
+#include "toplistctl/site_view/order_names.h"
+#include "util/file.h"
+
+namespace toplist::ctl {
+namespace {
+
+using test::InSite;
+using test::Site;
+
+constexpr std::time_t kNow = 1'800'000'000;
+
+void set_age(const Site& site, const std::string& name, std::time_t seconds) {
+  const std::time_t time = kNow - seconds;
+  const timespec times[2] = {{time, 0}, {time, 0}};
+  ASSERT_EQ(::utimensat(AT_FDCWD, site.path(name).c_str(), times, 0), 0) << name;
+}
+
+std::string log_line(std::time_t age, const char* module) {
+  const std::time_t time = kNow - age;
+  std::tm local{};
+  ::localtime_r(&time, &local);
+  char text[13];
+  std::strftime(text, sizeof text, "%Y%m%d%H%M", &local);
+  return std::string("|") + text + "|" + module + "|1|d&#47;h|0||||\n";
+}
+
+class Status : public testing::Test {
+ protected:
+  Status() {
+    for (const char* name : {"a", "b"}) {
+      site_.add_toplist(name, "x\n");
+      site_.write(std::string(name) + ".html", "x\n");
+    }
+  }
+
+  [[nodiscard]] SiteStatus look(const StatusLimits& limits = {}) const {
+    const InSite in_site(site_);
+    return status_of(SiteView(), limits, kNow);
+  }
+
+  Site site_;
+};
+
+TEST_F(Status, APageIsLateWhenItIsMissingOrTooOld) {
+  set_age(site_, "a.html", 900);
+  set_age(site_, "b.html", 901);
+  const SiteStatus status = look();
+  EXPECT_FALSE(status.pages[0].late);
+  EXPECT_TRUE(status.pages[1].late);
+  EXPECT_FALSE(status.is_fine());
+  EXPECT_TRUE(look({.page_age = 901}).is_fine());
+
+  site_.remove("b.html");
+  EXPECT_EQ(look().pages[1].age, std::nullopt);
+  EXPECT_FALSE(look({.page_age = 9999}).is_fine());
+}
+
+TEST_F(Status, APageWithAWrongCheckValueIsExpectedOneSwitchedOffIsNot) {
+  set_age(site_, "a.html", 10);
+  site_.remove("b.html");
+  for (const auto& [mode, late] : {std::pair{"1", true}, {"0", false}, {"2", true}}) {
+    site_.write("d/tl/tl",
+                "|a.tpl||a.html|1|2||||\n|b.tpl||b.html|1|" + std::string(mode) + "|x|||");
+    EXPECT_EQ(look().pages[1].late, late) << mode;
+    EXPECT_EQ(look().is_fine(), !late) << mode;
+  }
+}
+
+TEST_F(Status, OwnLinesSinceTheNewestPageCount) {
+  set_age(site_, "a.html", 600);
+  set_age(site_, "b.html", 300);
+  site_.write("l/sys/sys.log", log_line(900, "toplist") + log_line(420, "toplist") +
+                                   log_line(60, "other") + log_line(60, "toplist") + "no line\n");
+  EXPECT_EQ(look().log_lines.size(), 1U);
+  EXPECT_EQ(look({.log_span = 440}).log_lines.size(), 2U);
+  EXPECT_FALSE(look().is_fine());
+  EXPECT_TRUE(look({.pages_only = true}).is_fine());
+}
+
+TEST_F(Status, ARunThatWouldEndIsNotFine) {
+  set_age(site_, "a.html", 1);
+  set_age(site_, "b.html", 1);
+  EXPECT_TRUE(look().is_fine());
+  site_.write("d/tl/b.tpl", "50%%\n");
+  site_.write("d/tl/tl", "|a.tpl||a.html|1|2||||\n|b.tpl||b.html|1|2||||");
+  EXPECT_NE(look({.pages_only = true}).ending, "");
+  EXPECT_FALSE(look({.pages_only = true}).is_fine());
+}
+
+TEST_F(Status, TellsWhoHoldsTheLockAndCountsThumbnails) {
+  EXPECT_FALSE(look().running);
+  site_.write(kRunLockPath, "");
+  EXPECT_FALSE(look().running);
+  const UniqueFd lock = open_for_reading(site_.path(kRunLockPath));
+  ASSERT_EQ(::flock(lock.get(), LOCK_EX), 0);
+  ASSERT_TRUE(look().running);
+  EXPECT_LT(look().running->seconds.value_or(0), 3600);
+
+  site_.write("d/tl/vantaig", "thumbs/\n\n\n\n\n1\n0\n");
+  site_.make_dir("thumbs");
+  for (const char* domain : {"t01.example", "t02.example"}) {
+    site_.write(std::string("thumbs/") + domain + ".jpg", "x");
+  }
+  set_age(site_, "thumbs/t01.example.jpg", 31 * kDaySeconds);
+  set_age(site_, "thumbs/t02.example.jpg", 29 * kDaySeconds);
+  EXPECT_EQ(look().active_trades, 12U);
+  EXPECT_EQ(look().without_thumbnail, 10U);
+  EXPECT_EQ(look().stale_thumbnails, 1U);
+}
+
+TEST_F(Status, MetricsNameEachPageOnceWithItsLabelEscaped) {
+  const SiteStatus status{.pages = {{1, "a\"\\\n", 7, {}, false},
+                                    {2, "a\"\\\n", 7, {}, false},
+                                    {3, "none", std::nullopt, {}, true}},
+                          .active_trades = 5};
+  const std::string text = status_metrics(status);
+  const std::string ages =
+      "# HELP toplist_page_age_seconds Age of a page.\n# TYPE toplist_page_age_seconds gauge\n"
+      "toplist_page_age_seconds{page=\"a\\\"\\\\\\n\"} 7\n# HELP toplist_pages_late ";
+  EXPECT_EQ(text.substr(0, ages.size()), ages);
+  for (const char* line : {"\ntoplist_pages_late 1\n", "\ntoplist_pages_missing 1\n",
+                           "\ntoplist_trades_active 5\n", "\ntoplist_run_seconds 0\n"}) {
+    EXPECT_NE(text.find(line), std::string::npos) << line;
+  }
+}
+
+TEST(Records, AreWrittenInEachFormat) {
+  Records records({"id", "page_name", "built", "dropped"});
+  records.add({7, "a \"b\"", true, {{"rin60", 2}, {"group", 1}}});
+  records.add({-12, "c,d", false, Json()});
+  EXPECT_EQ(records.text(Format::table),
+            " ID  PAGE NAME  BUILT  DROPPED\n"
+            "  7  a \"b\"      yes    rin60 2, group 1\n"
+            "-12  c,d        no\n");
+  EXPECT_EQ(records.text(Format::csv),
+            "id,page_name,built,dropped\r\n7,\"a \"\"b\"\"\",yes,\"rin60 2, group 1\"\r\n"
+            "-12,\"c,d\",no,\r\n");
+  const Json json = Json::parse(records.text(Format::json));
+  EXPECT_EQ(json[0]["id"], 7);
+  EXPECT_EQ(json[0]["dropped"]["rin60"], 2);
+  EXPECT_EQ(json[1]["built"], false);
+}
+
+/// Makes the figure that is named larger than that of a row as it begins.
+void raise(TradeRow& row, const std::string& name, std::size_t period) {
+  if (name.starts_with("further")) {
+    row.periods[period].further[static_cast<std::size_t>(name[7] - '1')] = 1;
+    return;
+  }
+  *test::find_counter(row, name.substr(0, 5)) = 2;
+  if (name.size() > 5) *test::find_counter(row, name.substr(6)) = 1;
+}
+
+TEST(OrderNames, NameWhatARunRanksBy) {
+  for (std::size_t value = 1; value <= 60; ++value) {
+    const std::string order_by = std::to_string(value);
+    const std::string name = order_value_name(order_by);
+    EXPECT_EQ(order_value_named(name), order_by);
+    EXPECT_EQ(order_value_named(order_by), order_by);
+    TradeRow higher, lower;
+    higher.order_key = lower.order_key = order_by;
+    raise(higher, name, (value - 1) / 15);
+    EXPECT_EQ(rowBefore(higher, lower), value != 57) << name;
+    EXPECT_EQ(rowBefore(lower, higher), value == 57) << name;
+  }
+  EXPECT_EQ(order_value_name("061"), "rin24");
+  for (const char* none : {"", "0", "61", "rin", "rec24", "rin25", "further4_24"}) {
+    EXPECT_EQ(order_value_named(none), std::nullopt) << none;
+  }
+}
+
+TEST(Show, FiguresAreSortedAndCut) {
+  const Site site;
+  const InSite in_site(site);
+  SiteView view;
+  const Json list = Json::parse(
+      show_figures(view, {.period = kPeriod60, .order_by = "2", .top = 2}, Format::json));
+  ASSERT_EQ(list.size(), 2U);
+  EXPECT_EQ(list[0]["id"], 112);  // by uin60 the last one comes first
+  EXPECT_EQ(list[1]["id"], 111);
+  EXPECT_EQ(list[0]["uin"], view.run.ranking[0]->periods[kPeriod60].uin);
+  EXPECT_EQ(list[0]["clk/rin"], view.run.ranking[0]->periods[kPeriod60].percent[0]);
+}
+
+TEST(Show, LinesOfOneKindAreSummedUp) {
+  const std::string log =
+      "|200612312359|toplist|1|a|0||||\n|200701010000|toplist|1|b|0||||\n"
+      "|200701010004|toplist|1|a|0||||\n";
+  EXPECT_EQ(show_log_summary(read_log(log), Format::csv),
+            "count,first,last,program,what,subject,it\r\n"
+            "2,2006-12-31 23:59,2007-01-01 00:04,toplist,cannot open,a,went on\r\n"
+            "1,2007-01-01 00:00,2007-01-01 00:00,toplist,cannot open,b,went on\r\n");
+}
+
+}  // namespace
+}  // namespace toplist::ctl

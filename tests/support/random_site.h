@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+
+#include "support/site.h"
+#include "toplistctl/sample/random.h"
+
+namespace toplist::test {
+
+/// A site of a few trades and toplists in which most things are right and anything may be broken:
+/// ties, trades that are off or share a number or domain, settings and groups, pages that cannot be
+/// written or are the file of something else, templates with faults, missing files. The same seed
+/// gives the same site. Each line of a template "t<i>.tpl" that begins with "rank " names one rank:
+/// "rank <rank>: %%tid_<rank>%% ...".
+class RandomSite : public Site {
+ public:
+  explicit RandomSite(std::uint64_t seed);
+
+ private:
+  bool one_in(std::uint64_t count) { return random_.below(count) == 0; }
+  std::int32_t number(std::uint64_t below) {
+    return static_cast<std::int32_t>(random_.below(below));
+  }
+  template <std::size_t N>
+  std::string one_of(const char* const (&texts)[N]) {
+    return texts[random_.below(N)];
+  }
+
+  void add_trades();
+  void add_random_toplist(int i);
+  std::string template_text();
+  std::string page_path(int i);
+  std::string setting();
+  void break_something();
+
+  site::Random random_;
+};
+
+}  // namespace toplist::test

@@ -1,0 +1,5 @@
+#pragma once
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define TOPLIST_SANITIZED
+#endif

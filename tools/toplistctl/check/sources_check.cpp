@@ -1,0 +1,67 @@
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "toplist/definitions.h"
+#include "toplistctl/check/check.h"
+#include "toplistctl/check/kinds.h"
+#include "toplistctl/templates/expansion.h"
+#include "toplistctl/templates/installation.h"
+#include "util/fields.h"
+
+namespace toplist::ctl {
+namespace {
+
+/// The paths of the sources beside the templates, sorted.
+std::vector<std::string> find_sources() {
+  std::vector<std::string> sources;
+  std::error_code ignored;  // a missing folder is told by others
+  for (const auto& entry : std::filesystem::directory_iterator(kTemplateFolder, ignored)) {
+    const bool is_source = entry.path().extension() == kSourceSuffix;
+    if (is_source && entry.is_regular_file(ignored)) sources.push_back(entry.path().string());
+  }
+  std::sort(sources.begin(), sources.end());
+  return sources;
+}
+
+/// Where in the sources the first byte comes from that the template has not.
+SourcePlace first_difference(const Expansion& expansion, std::string_view text) {
+  const std::string_view expected = expansion.text;
+  const auto difference =
+      std::mismatch(expected.begin(), expected.end(), text.begin(), text.end()).first;
+  const auto line = std::count(expected.begin(), difference, kLineSeparator);
+  const std::string_view same =
+      expected.substr(0, static_cast<std::size_t>(difference - expected.begin()));
+  return expansion.place_of(static_cast<std::size_t>(line) + 1,
+                            same.size() - (same.rfind(kLineSeparator) + 1) + 1);
+}
+
+void check_source(const std::string& source, const SiteFile& file, Findings& findings) {
+  const Expansion expansion = expand_source(source, read_source_file);
+  SourceError fault;
+  if (!expansion.errors.empty()) {
+    fault = expansion.errors.front();
+  } else if (expansion.text != file.text()) {
+    fault = {first_difference(expansion, file.text()), file.path() + " differs from here on"};
+  } else {
+    return;
+  }
+  findings.push_back({&kinds::kSourceDiffers,
+                      fault.place.file,
+                      {.line = fault.place.line, .column = fault.place.column},
+                      fault.message});
+}
+
+}  // namespace
+
+void check_sources(const SiteView& /*site*/, Findings& findings) {
+  for (const std::string& source : find_sources()) {
+    const auto name = template_name_of(source);
+    if (!name) continue;
+    const SiteFile file(std::string(kTemplateFolder) + *name);
+    if (file.is_open()) check_source(source, file, findings);
+  }
+}
+
+}  // namespace toplist::ctl

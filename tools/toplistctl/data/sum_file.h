@@ -1,0 +1,56 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "run/statistics.h"
+#include "run/trade_row.h"
+
+/// "d/t/sum" for those who change single figures in it.
+namespace toplist::ctl {
+
+inline constexpr std::size_t kRecentPeriods = 3;
+using RecentPeriods = std::array<PeriodBlock, kRecentPeriods>;  ///< 60, 24 and 07
+
+/// Fields in front of the periods, and of each period: the counters, unread ones, further values.
+inline constexpr std::size_t kFieldsBeforePeriods = 2;
+inline constexpr std::size_t kPeriodFields = (kSumFields - kFieldsBeforePeriods) / kRecentPeriods;
+inline constexpr std::size_t kFirstFurther = kPeriodFields - PeriodBlock{}.further.size();
+
+/// Where a counter stands in a period.
+constexpr std::size_t field_of(Counter counter) {
+  return static_cast<std::size_t>(std::find(kFileOrder.begin(), kFileOrder.end(), counter) -
+                                  kFileOrder.begin());
+}
+
+/// The figure in that field of a period; nullptr for an unread field.
+std::int32_t* figure_at(PeriodBlock& block, std::size_t field);
+
+/// Stores the figures of each record where `find` says for its id; nullptr passes over it. What a
+/// cut record does not hold is left alone.
+void read_sum(std::string_view text,
+              const std::function<RecentPeriods*(std::string_view id)>& find);
+
+/// What is to change in the file.
+struct SumEdit {
+  using Fields = std::array<bool, kPeriodFields>;
+
+  std::array<Fields, kRecentPeriods> given{};             ///< which figures are
+  std::unordered_map<std::string, RecentPeriods> values;  ///< by id; others keep theirs
+  std::vector<std::string> listed;  ///< ids that get a record when they have none
+};
+
+/// The file's text with these figures; as it was when it holds them already.
+///
+/// Fields whose number is right, unread ones and whole records of other ids stay byte for byte. New
+/// records come behind the last complete one.
+std::string edited_sum(std::string_view text, const SumEdit& edit);
+
+}  // namespace toplist::ctl

@@ -1,0 +1,74 @@
+#include <cerrno>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "toplistctl/commands.h"
+#include "toplistctl/harvest/explain.h"
+#include "toplistctl/output/console.h"
+#include "toplistctl/site_option.h"
+#include "util/file.h"
+
+namespace toplist::ctl {
+namespace {
+
+struct Arguments {
+  std::string site = kCurrentDirectory;
+  std::string trade;
+};
+
+/// The first trade of this domain or, in the digits of a plain number, id.
+std::optional<std::size_t> find_trade(const std::vector<TradeRecord>& trades,
+                                      const std::string& name) {
+  for (std::size_t i = 0; i < trades.size(); ++i) {
+    if (domain_of(trades[i]) == name || std::to_string(trades[i].trade_id) == name) return i;
+  }
+  return std::nullopt;
+}
+
+int explain(const Arguments& arguments) {
+  if (!enter_site(arguments.site)) return kCouldNotLook;
+  std::vector<TradeRecord> trades;
+  if (!load_trades(kTradesPath, trades))
+    return fail(std::string("cannot open ") + kTradesPath, errno);
+  FileBuffer file;
+  if (!file.read(kHarvestConfigPath)) {
+    return fail(std::string("cannot open ") + kHarvestConfigPath, errno);
+  }
+  const auto index = find_trade(trades, arguments.trade);
+  if (!index) return fail("no trade has the domain or number " + arguments.trade);
+
+  Connections held_open;
+  const RawGet get = [&held_open](const std::string& host, const std::string& url) {
+    return get_raw_http(host, url, held_open);
+  };
+  int status = 0;
+  const Tell tell = [&status](const std::string& line) {
+    if (status == 0) status = print(line + "\n");
+  };
+  const bool stored =
+      explain_harvest(trades, *index, parse_harvest_config(file.text(), ""), get, tell);
+  if (status != 0) return status;
+  return stored ? 0 : kFoundSomething;
+}
+
+}  // namespace
+
+void add_harvest_command(CLI::App& app, int& exit_status) {
+  const auto arguments = std::make_shared<Arguments>();
+  CLI::App* command =
+      app.add_subcommand("harvest", "Tell what a harvest makes of a trade's page and pictures");
+  command->footer(
+      "The page and its pictures are fetched as by a run; nothing is stored. Exit status: 0 when "
+      "a\n"
+      "picture would be stored, 1 when none would, 2 when that could not be tried.\n"
+      "  toplistctl harvest --site /srv/mysite --explain tea.example");
+  add_site_option(*command, arguments->site);
+  command->add_option("--explain", arguments->trade, "A trade's domain or number")
+      ->type_name("TRADE")
+      ->required();
+  command->callback([arguments, &exit_status] { exit_status = explain(*arguments); });
+}
+
+}  // namespace toplist::ctl

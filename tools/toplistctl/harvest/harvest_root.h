@@ -1,0 +1,34 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+/// A second root that harvests for a site: a run there fetches the thumbnails and builds no page,
+/// so that no partner's server delays the site's own runs.
+///
+/// It shares with the site what a run reads and the harvest writes, by symbolic links, which hold
+/// when the site's programs replace a file by another one. One link, "site", leads to the site; all
+/// others go through it:
+///
+///     site           -> the site's root
+///     d/t, d/h       -> site/d/t, site/d/h
+///     d/tl/tl.a1     -> site/d/tl/tl.a1
+///     l/sys/sys.log  -> site/l/sys/sys.log
+///     l/thumbs       -> site/l/thumbs, or as the site calls its thumbnail folder
+///     d/tl/vantaig   its own: the site's, with the harvest switched on and thumbnails not required
+///     d/tl/tl        its own, and empty: no toplists. Likewise d/tl/tl.ext
+///     l/sys/net/     its own: two harvests do not meet there
+namespace toplist::ctl {
+
+/// Lays such a root out at `root`, which must not exist or be an empty folder, for the site at
+/// `site`. Its folders for downloads take owner, group and mode of the site's folder of logs.
+/// Returns what went wrong, or an empty text; then there is either all of it or nothing.
+///
+/// The site's thumbnail folder must be a folder below its root, or have an absolute path.
+std::string lay_out_harvest_root(const std::filesystem::path& site,
+                                 const std::filesystem::path& root);
+
+/// Whether the working directory is a root that has been laid out so.
+bool is_harvest_root();
+
+}  // namespace toplist::ctl
