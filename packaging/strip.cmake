@@ -1,5 +1,6 @@
 # Run by CPack in the package's folder: leaves out of the programs what nobody runs or reads there.
-file(GLOB programs "${CPACK_TEMPORARY_DIRECTORY}/usr/bin/*")
+# The image tool is a script.
+file(GLOB programs "${CPACK_TEMPORARY_DIRECTORY}/usr/bin/toplist" "${CPACK_TEMPORARY_DIRECTORY}/usr/bin/toplistctl")
 execute_process(
   COMMAND strip --strip-all --remove-section=.comment --remove-section=.note ${programs}
   COMMAND_ERROR_IS_FATAL ANY)

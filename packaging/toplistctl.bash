@@ -25,25 +25,33 @@ _toplistctl() {
   local word=$2 previous=$3 command=${COMP_WORDS[1]} words
   COMPREPLY=()
   case $previous in
-    --site | --harvest | =)
+    --site | --harvest | --harvest-of | --into | =)
       mapfile -t COMPREPLY < <(compgen -d -- "$word")
       return
       ;;
-    --trades | --toplists | --seed) return ;;
+    --trades | --toplists | --seed | --record | --path | --explain) return ;;
   esac
   if [[ $COMP_CWORD -eq 1 ]]; then
-    words="check show digest sample --help --version"
+    words="check status show render why harvest digest expand sample init --help --version"
   else
     case $command in
-      check) words="--site --json" ;;
+      check) words="--site --json --path" ;;
       show) words="trades toplists log --site --json" ;;
+      render) words="--site --record --all --into --diff $(_toplistctl_templates)" ;;
+      why) words="--site --toplist --json" ;;
       digest) words="--site --update $(_toplistctl_templates)" ;;
-      sample) words="--trades --toplists --seed --plain --no-pictures --harvest" ;;
+      expand) words="--output --install --site --force" ;;
+      sample) words="--trades --toplists --seed --plain --no-pictures --harvest --replace" ;;
+      init) words="--harvest-of" ;;
+      harvest) words="--site --explain" ;;
     esac
     words+=" --help --version"
   fi
   mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
-  if [[ $command == sample && $word != -* && $COMP_CWORD -gt 1 ]]; then
+  if [[ $command == expand && $word != -* && $COMP_CWORD -gt 1 ]]; then
+    mapfile -t COMPREPLY < <(compgen -f -- "$word")
+  fi
+  if [[ $command =~ ^(sample|init)$ && $word != -* && $COMP_CWORD -gt 1 ]]; then
     mapfile -t COMPREPLY < <(compgen -d -- "$word")
   fi
 }
