@@ -18,6 +18,7 @@
 #include <string_view>
 #include <vector>
 
+#include "harvest/harvest_config.h"
 #include "run/statistics.h"
 #include "run/trade_record.h"
 #include "table.h"
@@ -93,14 +94,15 @@ std::string input_files(const fs::path& site) {
   std::string list;
   const auto add = [&list](const std::string& path) { list += path + '\0'; };
   for (const char* path :
-       {"d/t/index", "d/tl/vantaig", "d/tl/tl.a1", "d/t/sum", "d/tl/tl", "d/tl/tl.ext"}) {
+       {toplist::kTradesPath, toplist::kHarvestConfigPath, toplist::kExtraColumnsPath,
+        toplist::kSumPath, toplist::kDefinitionsPath, toplist::kSettingsPath}) {
     add(path);
   }
   std::vector<toplist::TradeRecord> trades;
-  toplist::load_trades(site / "d/t/index", trades);
-  for (const auto& row : toplist::build_rows(trades)) add("d/h/" + row.domain + ".his");
+  toplist::load_trades(site / toplist::kTradesPath, trades);
+  for (const auto& row : toplist::build_rows(trades)) add(toplist::history_path(row.domain));
   toplist::FileBuffer definitions;
-  definitions.read(site / "d/tl/tl");
+  definitions.read(site / toplist::kDefinitionsPath);
   for (const auto& definition : toplist::parse_definitions(definitions.text())) {
     add(definition.template_path);
   }

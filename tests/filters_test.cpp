@@ -129,9 +129,12 @@ TEST(Filters, GroupFilesListIdsFromTheSecondRecordOn) {
 }
 
 TEST(Filters, AGroupWithoutANameRestrictsNothing) {
-  for (const char* name : {"*", "", " \r\n "}) {
-    EXPECT_TRUE(filters_with({{"t", "group", name}}).admit(make_row("1"))) << name;
-  }
+  for (const char* name : {"*", ""}) EXPECT_EQ(group_path(name), std::nullopt) << name;
+  for (const char* name : {" ", "\r\n "}) EXPECT_EQ(group_path(name), "d/gr/") << name;
+  const std::vector<std::string> unopened{"d/gr/"};
+  const auto filters = filters_with({{"t", "group", "*"}, {"t", "group", " "}});
+  EXPECT_EQ(filters.unopened_groups(), unopened);
+  EXPECT_TRUE(filters.admit(make_row("1")));
 }
 
 TEST(Filters, RowsWithoutThumbnailAreSkippedEvenWhenAllowed) {

@@ -91,6 +91,7 @@ const struct {
     {"<a href=/x><img src=/a\"$(x)\";b></a>", "http://h.example/a$(x);b"},
     // One blank behind the equals sign goes.
     {"<a href=/x><img src=  /p.jpg></a>", "http://h.example/"},
+    {"<a href= http://far.example/><img src=p></a>", ""},
     {"<a href=/x><img src=\" /p.jpg\"></a>", "http://h.example/p.jpg"},  // quotes go first
     // Whose link it is.
     {"<a href=http://www.h.example/x><img src=p></a>", "http://h.example/p"},

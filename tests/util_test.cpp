@@ -1,6 +1,8 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <functional>
 #include <map>
@@ -8,6 +10,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -170,6 +173,32 @@ TEST(File, DescriptorsAreOwnedAndCloseOnExec) {
     EXPECT_EQ(second.get(), fd);
   }
   EXPECT_EQ(::fcntl(fd, F_GETFD), -1);
+
+  first = open_for_reading("/dev/null");
+  UniqueFd third = open_for_reading("/dev/zero");
+  const int replaced = first.get();
+  const int taken = third.get();
+  first = std::move(third);
+  EXPECT_EQ(first.get(), taken);
+  EXPECT_EQ(::fcntl(replaced, F_GETFD), -1);
+}
+
+TEST(File, ReadsWhatComesInPieces) {
+  int ends[2];
+  ASSERT_EQ(::pipe(ends), 0);
+  const UniqueFd reading(ends[0]);
+  UniqueFd writing(ends[1]);
+  std::thread writer([&writing] {
+    for (const char* piece : {"ab", "c", "def"}) {
+      write_fully(writing.get(), piece);
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    writing = UniqueFd();
+  });
+  char bytes[16] = {};
+  EXPECT_EQ(read_fully(reading.get(), bytes, sizeof bytes), 6U);
+  EXPECT_STREQ(bytes, "abcdef");
+  writer.join();
 }
 
 }  // namespace

@@ -76,11 +76,10 @@ bool is_setting_key(std::string_view key) {
 }
 
 std::optional<std::string> group_path(std::string_view value) {
-  if (value == "*") return std::nullopt;
-  std::string name(value);
-  std::erase_if(name, [](char c) { return c == '\r' || c == '\n' || c == ' '; });
-  if (name.empty()) return std::nullopt;
-  return kGroupFolder + name;
+  if (value == "*" || value.empty()) return std::nullopt;
+  std::string path(value);
+  std::erase_if(path, [](char c) { return c == '\r' || c == '\n' || c == ' '; });
+  return path.insert(0, kGroupFolder);
 }
 
 void ToplistFilters::apply(const ToplistSetting& setting) {

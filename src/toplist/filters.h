@@ -35,7 +35,8 @@ struct Minimum {
   std::int32_t (*figure)(const TradeRow&);
 };
 
-/// The file that a value of "group" names; nothing when the value restricts nothing.
+/// The file that a value of "group" names, which only "*" and an empty one do not: one of blanks
+/// names the folder of the groups.
 std::optional<std::string> group_path(std::string_view value);
 
 /// What ToplistFilters::dropped_by() says of a row that has no thumbnail but needs one.
