@@ -2,11 +2,13 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <map>
-#include <optional>
 #include <random>
 #include <string>
 #include <string_view>
@@ -104,24 +106,47 @@ TEST(Text, ReplacementsAreNotReplacedAgain) {
   EXPECT_EQ(numbers, "n 0 -7 -2147483648 2147483647");
 }
 
-// Searches go many entries at a time: entries at either end of every such block must be found.
-TEST(TextColumn, FindsTheFirstEqualTextFromAPosition) {
-  for (const std::size_t size : {1U, 2U, 127U, 128U, 129U, 255U, 256U, 257U, 300U}) {
+// Searches go some hundred texts at a time, so what is looked for comes in more than one such
+// batch.
+TEST(TextColumn, FindsTextsAsNestedLoopsDo) {
+  std::mt19937 random(7);  // NOLINT(cert-msc51-cpp): the same texts in every run
+  const auto texts_of = [&random](std::size_t size) {
+    std::vector<std::string> texts(size);
+    for (std::string& text : texts) text = "d" + std::to_string(random() % 900);
+    return texts;
+  };
+  using Pair = std::pair<std::size_t, std::size_t>;
+  using Pairs = std::vector<Pair>;
+  const auto by = [](std::size_t Pair::*member) {
+    return [member](const Pair& a, const Pair& b) { return a.*member < b.*member; };
+  };
+  for (const std::size_t size : {0U, 1U, 3U, 300U, 1500U}) {
+    const std::vector<std::string> entries = texts_of(size), sought = texts_of(1300);
+    const std::vector<std::string_view> views(sought.begin(), sought.end());
     TextColumn column;
-    EXPECT_TRUE(column.empty());
-    for (std::size_t i = 0; i < size; ++i) column.append("d" + std::to_string(i % 200));
-    EXPECT_FALSE(column.empty());
-    for (std::size_t i = 0; i < size; ++i) {
-      const std::string text = "d" + std::to_string(i % 200);
-      ASSERT_EQ(column.find(text), i % 200) << size;
-      ASSERT_EQ(column.find(text, i), i) << size;
-      const bool again = i < 200 && i + 200 < size;
-      ASSERT_EQ(column.find(text, i + 1), again ? std::optional(i + 200) : std::nullopt) << size;
+    for (const std::string& entry : entries) column.append(entry);
+    EXPECT_EQ(column.empty(), size == 0);
+    Pairs all, first;
+    for (std::size_t t = 0; t < sought.size(); ++t) {
+      const std::size_t before = all.size();
+      for (std::size_t e = 0; e < size; ++e) {
+        if (entries[e] == sought[t]) all.emplace_back(t, e);
+      }
+      if (all.size() > before) first.push_back(all[before]);
+      EXPECT_EQ(column.contains(sought[t]), all.size() > before);
     }
-    EXPECT_FALSE(column.contains("d200"));
-    EXPECT_FALSE(column.contains("D0"));
-    EXPECT_FALSE(column.contains(""));
-    EXPECT_FALSE(column.find("d0", size + 300));
+    for (const auto& [wanted, pairs] : {std::pair(TextColumn::Wanted::all_entries, &all),
+                                        std::pair(TextColumn::Wanted::first_entry, &first)}) {
+      Pairs found;
+      column.find_each(views, wanted, [&](auto t, auto e) { found.emplace_back(t, e); });
+      // For one text its entries come in order, and for one entry its texts.
+      for (const auto member : {&Pair::first, &Pair::second}) {
+        Pairs ours = found, theirs = *pairs;
+        std::stable_sort(ours.begin(), ours.end(), by(member));
+        std::stable_sort(theirs.begin(), theirs.end(), by(member));
+        EXPECT_TRUE(ours == theirs) << size;
+      }
+    }
   }
 }
 
@@ -138,9 +163,11 @@ TEST(TextColumn, TellsTextsOfEqualHashesApart) {
     TextColumn column;
     column.append(other->second);
     EXPECT_FALSE(column.contains(text));
-    column.append(text);
-    EXPECT_EQ(column.find(text), 1U);
-    EXPECT_EQ(column.find(other->second), 0U);
+    std::vector<std::size_t> found;
+    const std::array<std::string_view, 2> sought{text, other->second};
+    column.find_each(sought, TextColumn::Wanted::first_entry,
+                     [&found](auto t, auto) { found.push_back(t); });
+    EXPECT_EQ(found, std::vector<std::size_t>{1});
   }
   EXPECT_GT(pairs, 0);
 }
@@ -154,6 +181,10 @@ TEST(File, ReadsWhatWasWritten) {
     ASSERT_TRUE(buffer.read(dir.path() + "/file"));
     EXPECT_EQ(buffer.text(), bytes);
   }
+  std::filesystem::create_hard_link(dir.path() + "/file", dir.path() + "/other name");
+  ASSERT_TRUE(write_file(dir.path() + "/file", "in place"));
+  ASSERT_TRUE(buffer.read(dir.path() + "/other name"));
+  EXPECT_EQ(buffer.text(), "in place");
   EXPECT_FALSE(buffer.read(dir.path() + "/missing"));
   EXPECT_EQ(buffer.text(), "");
   EXPECT_TRUE(buffer.read(dir.path()));

@@ -26,7 +26,7 @@ void harvest_trade(const TradeRecord& trade, const RawFetch& raw_fetch) {
   // A longer file ends the harvest silently, and only here, after the fetch. A shorter one has been
   // filled up, so the message is never written (contract: seven-lines).
   if (config.lines.size() < HarvestConfig::kLineCount) {
-    log_failure(content_error("Invalid data found in file d/tl/vantaig"));
+    log_failure(content_error(std::string("Invalid data found in file ") + kHarvestConfigPath));
   }
   if (config.lines.size() != HarvestConfig::kLineCount) return;
   search_picture(page, harvest.host(),

@@ -49,6 +49,7 @@ std::optional<std::string_view> first_anchor(std::string_view chunk) {
 }
 
 /// Whether the link leads to another site by "http://"; with any other beginning it does not count.
+/// The page is in lower case, the host as the trade's address spells it (contract: kept-case).
 bool is_foreign(std::string_view link, const std::string& host) {
   if (!link.starts_with(kScheme)) return false;
   link.remove_prefix(kScheme.size());

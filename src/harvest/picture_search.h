@@ -19,8 +19,8 @@ struct SearchSteps {
 
 /// Tries the pictures of the page's links in turn, ten links at most; each uses up a pass, whether
 /// or not its picture is worth a fetch. The search ends when `image` holds 2048 bytes or more
-/// behind a pass: a picture has been stored, or a large HTML page has come, which ends it on
-/// purpose. Returns what ended it, in words.
+/// behind a pass: a picture has been stored, or a large HTML page has come, which ends it as well
+/// (contract: large-page). Returns what ended it, in words.
 ///
 /// `page` is in lower case, `host` the page's host as of host_of_url().
 std::string_view search_picture(std::string_view page, const std::string& host,

@@ -44,7 +44,10 @@ void TradeHarvest::fetch_picture(const std::string& address, std::string& image)
 }
 
 void TradeHarvest::fetch(const std::string& url, const char* temp_suffix, std::string& text) const {
-  if (config_.fetch_method() == kRawHttpMethod) text = raw_fetch_(host_of_url(url), url);
+  if (config_.fetch_method() == kRawHttpMethod) {
+    text = raw_fetch_(host_of_url(url), url);
+    return;
+  }
   const DownloadMethod* const method = find_download_method(config_.fetch_method());
   if (method == nullptr || host_.empty()) return;
   text = method->fetch(kDownloadFolder + host_ + temp_suffix, url);
@@ -64,9 +67,9 @@ std::string TradeHarvest::image_tool_command() const {
 }
 
 void TradeHarvest::store_thumbnail(std::string& image) const {
+  remove_head(image);
   const std::string path = thumbnail_path();
   if (path.empty()) return;
-  remove_head(image);
   // Whether or not it can be written: the tool may work on what is there already
   // (contract: tool-anyway).
   write_file(path, image);

@@ -9,7 +9,8 @@
 
 namespace toplist {
 
-/// Where the external downloaders put what they fetch.
+/// Where the external downloaders put what they fetch, in a file named by the page's host: two
+/// trades on one host that are harvested at once share it (contract: shared-download).
 inline constexpr const char* kDownloadFolder = "l/sys/net/";
 
 /// Fetches as fetch_raw_http() does.
@@ -18,7 +19,8 @@ using RawFetch = std::function<std::string(const std::string& host, const std::s
 /// The steps of one trade's harvest. harvest_trade() carries them out.
 ///
 /// A page ends a line where it likes, so control characters at the ends of an address are no part
-/// of it. Those inside stay, and every fetch refuses them.
+/// of it, nor of the host and the file names taken from it. Those inside stay, and every fetch
+/// refuses them.
 class TradeHarvest {
  public:
   /// `config` and what `raw_fetch` refers to must outlive this object.
@@ -46,8 +48,8 @@ class TradeHarvest {
   /// The shell command line that runs the image tool on the stored thumbnail.
   [[nodiscard]] std::string image_tool_command() const;
 
-  /// Stores an accepted picture without its head as the thumbnail and runs the image tool. Does
-  /// nothing when there is no place for it.
+  /// Cuts an accepted picture's head off, stores it as the thumbnail and runs the image tool; only
+  /// the first when there is no place for it.
   void store_thumbnail(std::string& image) const;
 
  private:

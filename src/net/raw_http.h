@@ -51,8 +51,8 @@ using Connections = std::vector<UniqueFd>;
 /// takes it from the url). Prints nothing. An address with a control character is refused.
 ///
 /// The connection of a response that is too large is not closed: it goes to `held_open`. Once a
-/// response has begun there is no time-out, but a peer that is gone is noticed after a minute. Any
-/// number of threads may call this at once, with a `held_open` each.
+/// response has begun there is no time-out (contract: no-later-timeout), but a peer that is gone is
+/// noticed after a minute. Any number of threads may call this at once, with a `held_open` each.
 RawResponse get_raw_http(const std::string& host, const std::string& url, Connections& held_open,
                          std::uint16_t port = kHttpPort);
 

@@ -30,7 +30,8 @@ class BlockState {
 
 /// Expands the tags of one template line in place.
 ///
-/// Each value is scanned again together with what follows it, so a value may bring in tags.
+/// Each value is scanned again together with what follows it, so a value may bring in tags
+/// (contract: values-are-lines).
 /// `passes` counts through the whole template. Once it is above kPassLimit, only the first tag of a
 /// line is expanded. A malformed tag leaves the rest of its line as it stands and uses up all
 /// passes that are left: it is found again and again until they run out (contract: malformed-tag).

@@ -22,7 +22,7 @@ class Outcomes {
   virtual void unopened_folder(const std::string& folder) = 0;
 
   /// The configuration asks for a harvest of these trades.
-  virtual void harvest(std::span<TradeRecord> trades) = 0;
+  virtual void harvest(std::span<const TradeRecord> trades) = 0;
 
   /// A page is complete. False when the file at `path` cannot be opened for writing.
   virtual bool write_page(const std::string& path, std::string_view page) = 0;

@@ -13,7 +13,7 @@ class SiteOutcomes final : public Outcomes {
  public:
   void log(const Failure& failure) override { log_failure(failure); }
   void unopened_folder(const std::string& folder) override { write_dir_error_page(folder, "", 0); }
-  void harvest(std::span<TradeRecord> trades) override { harvest_thumbnails(trades); }
+  void harvest(std::span<const TradeRecord> trades) override { harvest_thumbnails(trades); }
   bool write_page(const std::string& path, std::string_view page) override {
     return write_file(path, page);
   }

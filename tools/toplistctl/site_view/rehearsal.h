@@ -44,7 +44,7 @@ class Rehearsal final : private Outcomes {
  private:
   void log(const Failure& failure) override;
   void unopened_folder(const std::string& folder) override;
-  void harvest(std::span<TradeRecord> /*trades*/) override {}
+  void harvest(std::span<const TradeRecord> /*trades*/) override {}
   bool write_page(const std::string& path, std::string_view page) override;
 
   Prospect try_to_build(const ToplistDefinition& definition);
