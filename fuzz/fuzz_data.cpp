@@ -14,6 +14,7 @@
 #include "toplistctl/data/columns_file.h"
 #include "toplistctl/data/figures_csv.h"
 #include "toplistctl/data/trades_csv.h"
+#include "util/fields.h"
 
 namespace {
 
@@ -114,20 +115,42 @@ void compare_with_run(const Site& site) {
   }
 }
 
+/// Copies a text with its end as far as there is room; a record may hold one without an end.
+template <std::size_t N>
+void put(char (&field)[N], std::string_view text) {
+  std::memset(field, 0, N);
+  text.copy(field, N);
+}
+
+/// A record of which every byte that nobody reads is set.
+TradeRecord trade_of(std::string_view line) {
+  TradeRecord trade;
+  std::memset(static_cast<void*>(&trade), 0xA5, sizeof trade);
+  trade.trade_id = trade.status = 0;
+  FieldReader fields(line, '\t');
+  std::string_view domain, url;
+  fields.next_number(trade.trade_id);
+  fields.next_number(trade.status);
+  fields.next(domain);
+  fields.next(url);
+  put(trade.domain, domain);
+  put(trade.url, url);
+  return trade;
+}
+
 }  // namespace
 
+// The texts are "trades.csv", "figures.csv", "d/tl/tl.a1", "d/t/sum" and the trades, a line each:
+// id, status, domain and address. Form feeds lie between the texts, tabulators in the lines.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-  toplist::fuzz::Input input(bytes, size);
-  const std::string_view trades = input.text(input.integer<std::uint16_t>());
-  const std::string_view figures = input.text(input.integer<std::uint16_t>());
-  Site site;
-  site.columns = input.text(input.integer<std::uint16_t>());
-  site.sum = input.text(input.integer<std::uint16_t>());
-  while (!input.empty()) {
-    const std::string_view record = input.text(sizeof(TradeRecord));
-    std::memcpy(static_cast<void*>(&site.trades.emplace_back()), record.data(), record.size());
-  }
+  FieldReader texts({reinterpret_cast<const char*>(bytes), size}, '\f');
+  std::string_view trades, figures, columns, sum, records;
+  for (std::string_view* text : {&trades, &figures, &columns, &sum, &records}) texts.next(*text);
+  Site site{{}, std::string(columns), std::string(sum), {}};
+  FieldReader lines(records, kLineSeparator);
+  for (std::string_view line; lines.next(line);) site.trades.push_back(trade_of(line));
   take_own_export(site, false);
+  copy_site(site);
   compare_with_run(site);
   if (!take_trades(site, trades)) return 0;
   take_figures(site, figures);

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -55,6 +56,17 @@ std::int32_t exact_percentage(std::int32_t x, std::int32_t y) {
   return result > INT32_MAX || result < INT32_MIN ? INT32_MIN : static_cast<std::int32_t>(result);
 }
 
+/// Compares some of numbers of all sizes, and some that are whole.
+void check_percentages(std::uint32_t seed) {
+  std::mt19937 random(seed);
+  for (int i = 0; i < 8; ++i) {
+    const auto x = static_cast<std::int32_t>(random()) >> random() % 32;
+    const auto y = static_cast<std::int32_t>(random()) >> random() % 32;
+    require(toplist::percentage(x, y) == exact_percentage(x, y), "percentage");
+    require(toplist::percentage(x, 100) == exact_percentage(x, 100), "whole percentage");
+  }
+}
+
 std::vector<TradeRow> some_rows(std::string_view bytes) {
   std::vector<TradeRecord> trades(4);
   for (std::size_t i = 0; i < trades.size(); ++i) {
@@ -74,6 +86,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   const auto x = input.integer<std::int32_t>();
   const auto y = input.integer<std::int32_t>();
   require(toplist::percentage(x, y) == exact_percentage(x, y), "percentage");
+  check_percentages(static_cast<std::uint32_t>(x) ^ static_cast<std::uint32_t>(y));
 
   const std::string text(input.rest());
   std::vector<TradeRow> rows = some_rows(text);

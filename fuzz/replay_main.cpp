@@ -1,12 +1,16 @@
-// Runs one fuzz target over saved inputs: the files named, and all files in the folders named.
+// Runs one fuzz target over saved inputs: the files named, and all files in the folders named. With
+// "--random" also over thousands that are joined from pieces of these, the same in each run.
 
+#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <random>
 #include <string>
+#include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size);
 
@@ -14,32 +18,69 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void replay(const fs::path& path) {
+constexpr int kRandomInputs = 10'000;
+constexpr std::size_t kLongestPiece = 24;
+
+void try_input(const std::string& bytes) {
+  LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+}
+
+std::string replay(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file) {
     std::cerr << "cannot open " << path << '\n';
     std::exit(1);
   }
-  const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
   std::cout << path.filename().string() << ": " << bytes.size() << " bytes" << std::endl;
-  LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+  try_input(bytes);
+  return bytes;
+}
+
+/// A saved input in which pieces have been replaced by those of others.
+std::string random_input(const std::vector<std::string>& saved, std::mt19937& random) {
+  std::string bytes = saved[random() % saved.size()];
+  for (auto pieces = 1 + random() % 8; pieces > 0; --pieces) {
+    const std::string& other = saved[random() % saved.size()];
+    const std::size_t at = random() % (bytes.size() + 1), from = random() % (other.size() + 1);
+    const std::size_t replaced = random() % kLongestPiece, size = random() % kLongestPiece;
+    bytes.replace(at, replaced, other, from, size);
+  }
+  return bytes;
+}
+
+std::string finding;  ///< the random input under way, and where it goes when it ends the process
+std::string finding_path;
+
+void save_finding(int /*signal*/) { std::ofstream(finding_path, std::ios::binary) << finding; }
+
+void try_random_inputs(const std::vector<std::string>& saved) {
+  std::mt19937 random(1);
+  std::cout << "random inputs; that of a finding goes to " << finding_path << std::endl;
+  std::signal(SIGABRT, save_finding);
+  for (int i = 0; i < kRandomInputs; ++i) {
+    finding = random_input(saved, random);
+    try_input(finding);
+  }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  int replayed = 0;
+  std::vector<std::string> saved;
+  bool random = false;
   for (int i = 1; i < argc; ++i) {
-    if (!fs::is_directory(argv[i])) {
-      replay(argv[i]);
-      ++replayed;
-      continue;
-    }
-    for (const auto& entry : fs::directory_iterator(argv[i])) {
-      replay(entry.path());
-      ++replayed;
+    if (argv[i] == std::string("--random")) {
+      random = true;
+    } else if (!fs::is_directory(argv[i])) {
+      saved.push_back(replay(argv[i]));
+    } else {
+      for (const auto& entry : fs::directory_iterator(argv[i])) saved.push_back(replay(entry));
     }
   }
-  std::cout << replayed << " inputs replayed\n";
-  return replayed > 0 ? 0 : 1;  // a folder without inputs is a mistake
+  std::cout << saved.size() << " inputs replayed\n";
+  if (saved.empty()) return 1;  // a folder without inputs is a mistake
+  finding_path = std::string(argv[0]) + ".finding";
+  if (random) try_random_inputs(saved);
+  return 0;
 }

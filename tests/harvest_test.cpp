@@ -265,15 +265,6 @@ TEST(ImageTool, TheCommandIsByteForByteTheDocumentedOne) {
   }
 }
 
-TEST(ImageTool, HostileHostsAndDomainsAreQuoted) {
-  const HarvestConfig config = config_of("t/\ntool\nargs\n");
-  for (const char* text : {"$(x)", "`x`", ";x;", "a b", "\"x\"", "&x", "|x", "<x>", "\\x", "*"}) {
-    const std::string quoted = "t/'" + std::string(text) + "'.jpg";
-    EXPECT_EQ(image_tool_command(config, text, "d.e"), "tool " + quoted + " args t/d.e.jpg");
-    EXPECT_EQ(image_tool_command(config, "h.e", text), "tool t/h.e.jpg args " + quoted);
-  }
-}
-
 /// What the threads of one harvest report.
 struct Roll {
   std::mutex mutex;

@@ -13,7 +13,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <set>
 #include <string>
 #include <thread>
@@ -21,7 +20,6 @@
 
 #include "net/downloader.h"
 #include "net/raw_http.h"
-#include "net/response_reader.h"
 #include "support/loopback_server.h"
 #include "support/temp_dir.h"
 #include "util/shell.h"
@@ -249,73 +247,6 @@ TEST(RawHttp, APeerThatIsGoneIsNoticed) {
   EXPECT_EQ(option(SOL_SOCKET, SO_KEEPALIVE), 1);
   const int idle = option(IPPROTO_TCP, TCP_KEEPIDLE), pause = option(IPPROTO_TCP, TCP_KEEPINTVL);
   EXPECT_LE(idle + pause * option(IPPROTO_TCP, TCP_KEEPCNT), 60);
-}
-
-// Responses
-
-const struct {
-  const char* head;
-  std::optional<std::uint64_t> length;
-} kHeads[] = {
-    {"HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\n", 5},
-    {"HTTP/1.0 404 Not Found\ncontent-LENGTH:0005 \t\n\n", 5},
-    {"HTTP/1.1 206\r\nA: b\r\nContent-Length : 0\r\n\r\n", 0},
-    {"HTTP/1.1 200 OK\r\nContent-Length: 18446744073709551615\r\n\r\n", UINT64_MAX},
-    {"HTTP/1.1 200 OK\r\nA: Content-Length: 5\r\nContent-Lengths: 5\r\n\r\n", {}},
-    // No length, or no valid one.
-    {"HTTP/1.1 200 OK\r\nContent-Length: 18446744073709551616\r\n\r\n", {}},
-    {"HTTP/1.1 200 OK\r\nContent-Length: -1\r\n\r\n", {}},
-    {"HTTP/1.1 200 OK\r\nContent-Length: +5\r\n\r\n", {}},
-    {"HTTP/1.1 200 OK\r\nContent-Length: 0x5\r\n\r\n", {}},
-    {"HTTP/1.1 200 OK\r\nContent-Length: 5, 5\r\n\r\n", {}},
-    {"HTTP/1.1 200 OK\r\nContent-Length: 5\r\r\n\r\n", {}},
-    {"HTTP/1.1 200 OK\r\nContent-Length:\r\n\r\n", {}},
-    {"HTTP/1.1 200 OK\r\nContent-Length\r\n\r\n", {}},
-    // More than one, and folded lines.
-    {"HTTP/1.1 200 OK\r\nContent-Length: 5\r\ncontent-length: 5\r\n\r\n", {}},
-    {"HTTP/1.1 200 OK\r\nContent-Length: 5\r\nContent-Length: x\r\n\r\n", {}},
-    {"HTTP/1.1 200 OK\r\nContent-Length: 5\r\n 0\r\n\r\n", {}},
-    {"HTTP/1.1 200 OK\r\nA: b\r\n\tContent-Length: 5\r\n\r\n", {}},
-    // The body may end elsewhere.
-    {"HTTP/1.1 200 OK\r\nContent-Length: 5\r\nTransfer-Encoding: chunked\r\n\r\n", {}},
-    {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\nContent-Length: 5\r\n\r\n", {}},
-    {"HTTP/1.1 100 Continue\r\nContent-Length: 0\r\n\r\n", {}},
-    {"HTTP/1.1\r\nContent-Length: 5\r\n\r\n", {}},
-    {"ICY 200 OK\r\nContent-Length: 5\r\n\r\n", {}},
-    {"\r\nHTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\n", {}},
-    {"", {}},
-};
-
-TEST(Response, AnnouncesItsLengthBeyondDoubtOrNotAtAll) {
-  for (const auto& c : kHeads) EXPECT_EQ(announced_length(c.head), c.length) << c.head;
-}
-
-TEST(Response, IsCompleteFromTheLastAnnouncedByteOnInWhateverPiecesItComes) {
-  const struct {
-    const char *head, *body;
-    bool announced;
-  } cases[] = {
-      {"HTTP/1.1 200 OK\r\nContent-Length: 8\r\n\r\n", "1\r\n\r\n678", true},
-      {"HTTP/1.1 200 OK\nContent-Length: 8\n\n", "\n\n345678", true},
-      {"HTTP/1.1 200 OK\r\nContent-Length: 8\n\r\n", "12345678", true},
-      {"HTTP/1.1 304 Not Modified\r\nContent-Length: 0\r\n\r\n", "", true},
-      {"HTTP/1.1 200 OK\r\n\r\n", "Content-Length: 1\r\n\r\n12345678", false},
-  };
-  for (const auto& c : cases) {
-    const std::string head = c.head, whole = head + c.body;
-    for (std::size_t piece = 1; piece <= whole.size(); ++piece) {
-      SCOPED_TRACE(head + " in pieces of " + std::to_string(piece));
-      ResponseReader response;
-      for (std::size_t at = 0; at < whole.size(); at += piece) {
-        EXPECT_FALSE(response.is_complete()) << at;
-        response.append(std::string_view(whole).substr(at, piece));
-      }
-      EXPECT_EQ(response.is_complete(), c.announced);
-      response.append("beyond");
-      EXPECT_EQ(response.is_complete(), c.announced);
-      EXPECT_EQ(response.take(), whole + "beyond");
-    }
-  }
 }
 
 // Downloaders

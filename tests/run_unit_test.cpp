@@ -2,8 +2,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <limits>
-#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -46,57 +44,6 @@ TEST(Percentage, SomeExactOnesComeOutOneLower) {
     EXPECT_EQ(percentage(x, 100), x - (lower ? 1 : 0));
     EXPECT_EQ(percentage(-x, 100), -x + (lower ? 1 : 0));
   }
-}
-
-/// The percentage as a processor with the 80-bit format computes it.
-std::int32_t extended_percentage(std::int32_t x, std::int32_t y) {
-  if (y == 0) return 0;
-  const long double percents = static_cast<long double>(x) / static_cast<long double>(y) * 100.0L;
-  const bool fits = percents > -2147483649.0L && percents < 2147483648.0L;
-  return fits ? static_cast<std::int32_t>(percents) : INT32_MIN;
-}
-
-/// Keeps the first of the pairs, taken as 32-bit numbers, of which the two percentages differ.
-struct Comparison {
-  std::string difference;
-
-  void add(std::int64_t numerator, std::int64_t denominator) {
-    const auto x = static_cast<std::int32_t>(numerator);
-    const auto y = static_cast<std::int32_t>(denominator);
-    if (difference.empty() && percentage(x, y) != extended_percentage(x, y)) {
-      difference = std::to_string(x) + "/" + std::to_string(y);
-    }
-  }
-};
-
-TEST(Percentage, IsWhatTheExtendedFormatGives) {
-  if (std::numeric_limits<long double>::digits != 64) {
-    GTEST_SKIP() << "this processor does not have the format";
-  }
-  Comparison pairs;
-  for (int x = -300; x <= 300; ++x) {
-    for (int y = -300; y <= 300; ++y) pairs.add(x, y);
-  }
-  std::vector<std::int64_t> edges;  // 0, the powers of two, and what lies beside them
-  for (int i = 0; i < 32; ++i) {
-    for (const int beside : {-1, 0, 1}) edges.push_back((1LL << i) + beside);
-  }
-  for (const std::int64_t x : edges) {
-    for (const std::int64_t y : edges) {
-      pairs.add(x, y);
-      pairs.add(x, -y);
-    }
-  }
-  for (std::int64_t percents = 1; percents <= 200'000; ++percents) {
-    for (const int y : {100, -100, 700, 6400}) pairs.add(percents * y / 100, y);
-  }
-  std::mt19937 random(1);
-  const auto draw = [&random] { return static_cast<std::int32_t>(random()) >> random() % 32; };
-  for (int i = 0; i < 3'000'000; ++i) {
-    pairs.add(draw(), draw());
-    pairs.add(draw(), 100);
-  }
-  EXPECT_EQ(pairs.difference, "");
 }
 
 TEST(TradeRecord, LoadsWholeRecordsAndACutOne) {

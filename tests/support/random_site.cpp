@@ -1,6 +1,7 @@
 #include "support/random_site.h"
 
 #include <array>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -29,21 +30,45 @@ RandomSite::RandomSite(std::uint64_t seed) : Site(std::vector<Trade>{}), random_
   if (one_in(4)) break_something();
 }
 
+/// Mostly one of few; otherwise such as make ratios that are whole or at their limits.
+std::int32_t RandomSite::figure() {
+  constexpr std::int32_t kOthers[] = {50,  53,  59,  100,      -1,        -53,
+                                      106, 200, 117, 21474837, INT32_MAX, INT32_MIN};
+  return one_in(3) ? kOthers[random_.below(std::size(kOthers))] : number(kFigures);
+}
+
+/// The 42 figures of a record as no counter writes them. Bytes from \200 on are negative where char
+/// is signed.
+std::string RandomSite::odd_figures() {
+  std::string text;
+  for (int i = 0; i < 42; ++i) {
+    text += one_of({"99999999999999999999|", "-99999999999999999999|", "2147483648|", "\2407|",
+                    "+0053|", "-|", "|"});
+  }
+  return text;
+}
+
 void RandomSite::add_trades() {
   const int trades = one_in(12) ? number(10) : 10 + number(20);
   for (int i = 0; i < trades; ++i) {
     Trade trade{.id = kFirstId + (one_in(20) ? 0 : i),
-                .domain = one_in(20) ? "twin.example" : "t" + three_digits(i) + ".example",
+                .domain = one_of({"t", "t", "t", "\377"}) + three_digits(i) + ".example",
                 .status = one_in(8) ? number(3) : 1};
+    if (one_in(20)) trade.domain = "twin.example";
     for (PeriodBlock& block : trade.periods) {
-      for (const Counter counter : kFileOrder) block.*counter = number(kFigures);
-      for (std::int32_t& further : block.further) further = number(kFigures);
+      for (const Counter counter : kFileOrder) block.*counter = figure();
+      for (std::int32_t& further : block.further) further = figure();
     }
     for (std::string& column : trade.columns) {
-      column = one_of({"one;two;three", "title", "a;", "", "%%dom_000%%"});
+      column =
+          one_of({"one;two;three", "title", "a;", "", "%%dom_000%%", "caf\303\251;\377\200;z"});
     }
     if (one_in(400)) trade.columns[0] = "100%%";
     add_trade(trade);
+    if (one_in(8)) write("d/h/" + trade.domain + ".his", odd_figures() + odd_figures());
+    if (one_in(8)) {
+      write("d/t/sum", read("d/t/sum") + "sum|" + std::to_string(trade.id) + "|" + odd_figures());
+    }
     if (!one_in(5)) write("l/thumbs/" + trade.domain + ".jpg", "");
   }
 }
@@ -66,7 +91,8 @@ std::string RandomSite::template_text() {
   for (int i = 0; i < ranks; ++i) {
     const std::string rank = three_digits(i);
     text += "rank " + std::to_string(i) + ": %%tid_" + rank + "%% %%tit_" + rank + "%%; %%att00_" +
-            rank + "%% %%" + one_of({"rin60", "cef99", "oddly"}) + "_" + rank + "%% behind it\n";
+            rank + "%% %%" + one_of({"rin60", "cef99", "oddly", "\377\200\351ly"}) + "_" + rank +
+            "%%\351 behind it\n";
   }
   if (one_in(10)) text += one_of({"%%tid_1%% malformed\n", "50%% stray\n", "%%tid_-01%%\r\n"});
   return text;
@@ -82,7 +108,8 @@ std::string RandomSite::setting() {
   const std::string key = one_of({"rin60", "uin60", "out24", "ctg24", "cprod", "tprod", "unknown"});
   return one_in(2) ? key + "=" + std::to_string(number(kFigures))
                    : one_of({"group=g", "group=none", "group=*", "rin60=-1", "no setting",
-                             "skipdomains=t001.example,t004.example,twin.example",
+                             "uin60=9999999999", "cprod=53", "tprod=-2",
+                             "skipdomains=t001.example,\377004.example,twin.example",
                              "domains=t000.example, t002.example,t003.example,t005.example"});
 }
 

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "util/text.h"
+
+namespace toplist::test {
+
+/// The texts of a case, by name.
+struct TextCase {
+  std::string name;
+  std::map<std::string, std::string> texts;
+};
+
+/// Reads the cases of a file in tests/data. A line "=== NAME" begins a case, a line "--- NAME" one
+/// of its texts. There "\r", "\t" and "\0" are the bytes that they name, and a "\" at the end of a
+/// line keeps the line feed away.
+inline std::vector<TextCase> read_text_cases(const std::string& name) {
+  std::ifstream file(TOPLIST_TEST_DATA "/" + name);
+  std::vector<TextCase> cases;
+  std::string* text = nullptr;
+  for (std::string line; std::getline(file, line);) {
+    if (line.starts_with("=== ")) {
+      cases.push_back({line.substr(4), {}});
+    } else if (line.starts_with("--- ")) {
+      text = &cases.at(cases.size() - 1).texts[line.substr(4)];
+    } else if (text != nullptr) {
+      line += '\n';
+      replace_all(line, "\\\n", "");
+      replace_all(line, "\\r", "\r");
+      replace_all(line, "\\t", "\t");
+      replace_all(line, "\\0", std::string(1, '\0'));
+      *text += line;
+    }
+  }
+  EXPECT_FALSE(cases.empty()) << name;
+  return cases;
+}
+
+}  // namespace toplist::test
