@@ -1,6 +1,7 @@
 // Runs one fuzz target over saved inputs: the files named, and all files in the folders named. With
-// "--random" also over thousands that are joined from pieces of these, the same in each run.
+// "--random=COUNT" also over so many that are joined from pieces of these, the same in each run.
 
+#include <algorithm>
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
@@ -10,6 +11,8 @@
 #include <iterator>
 #include <random>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size);
@@ -18,7 +21,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kRandomInputs = 10'000;
 constexpr std::size_t kLongestPiece = 24;
 
 void try_input(const std::string& bytes) {
@@ -54,11 +56,12 @@ std::string finding_path;
 
 void save_finding(int /*signal*/) { std::ofstream(finding_path, std::ios::binary) << finding; }
 
-void try_random_inputs(const std::vector<std::string>& saved) {
+void try_random_inputs(std::vector<std::string> saved, int count) {
   std::mt19937 random(1);
+  std::sort(saved.begin(), saved.end());  // folders list their files in any order
   std::cout << "random inputs; that of a finding goes to " << finding_path << std::endl;
   std::signal(SIGABRT, save_finding);
-  for (int i = 0; i < kRandomInputs; ++i) {
+  while (count-- > 0) {
     finding = random_input(saved, random);
     try_input(finding);
   }
@@ -67,20 +70,22 @@ void try_random_inputs(const std::vector<std::string>& saved) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  constexpr std::string_view kRandom = "--random=";
   std::vector<std::string> saved;
-  bool random = false;
+  int random_inputs = 0;
   for (int i = 1; i < argc; ++i) {
-    if (argv[i] == std::string("--random")) {
-      random = true;
-    } else if (!fs::is_directory(argv[i])) {
-      saved.push_back(replay(argv[i]));
+    const std::string argument = argv[i];
+    if (argument.starts_with(kRandom)) {
+      random_inputs = std::stoi(argument.substr(kRandom.size()));
+    } else if (!fs::is_directory(argument)) {
+      saved.push_back(replay(argument));
     } else {
-      for (const auto& entry : fs::directory_iterator(argv[i])) saved.push_back(replay(entry));
+      for (const auto& entry : fs::directory_iterator(argument)) saved.push_back(replay(entry));
     }
   }
   std::cout << saved.size() << " inputs replayed\n";
   if (saved.empty()) return 1;  // a folder without inputs is a mistake
   finding_path = std::string(argv[0]) + ".finding";
-  if (random) try_random_inputs(saved);
+  try_random_inputs(std::move(saved), random_inputs);
   return 0;
 }
