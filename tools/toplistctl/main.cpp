@@ -1,6 +1,8 @@
 // toplistctl: what a site's operator needs besides the run itself.
 
 #include <exception>
+#include <string>
+#include <vector>
 
 #include "toplistctl/commands.h"
 #include "toplistctl/output/console.h"
@@ -29,6 +31,11 @@ int run(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
+    // A word that is no command is told before what lacks because of it.
+    const std::vector<std::string> unknown = app.remaining(true);
+    if (error.get_name() == "RequiredError" && !unknown.empty()) {
+      return fail("unknown word \"" + unknown.front() + "\"; --help tells which there are");
+    }
     return app.exit(error) == 0 ? 0 : kCouldNotLook;  // 0: help or version
   }
   return exit_status;

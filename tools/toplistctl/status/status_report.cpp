@@ -17,26 +17,6 @@ std::string verdict(const PageStatus& page) {
   return (fault.empty() ? "" : fault + ", ") + page.next_run.text();
 }
 
-/// Such as "4m" or "3d 2h": the two largest units.
-std::string duration_text(std::int64_t seconds) {
-  struct Unit {
-    const char* name;
-    std::int64_t seconds;
-  };
-  constexpr std::array<Unit, 4> kUnits{
-      {{"d", kDaySeconds}, {"h", 60 * kMinuteSeconds}, {"m", kMinuteSeconds}, {"s", 1}}};
-  std::string text;
-  int shown = 0;
-  for (const Unit& unit : kUnits) {
-    const std::int64_t count = seconds / unit.seconds;
-    seconds %= unit.seconds;
-    if (count == 0 && shown == 0 && unit.seconds > 1) continue;
-    if (shown++ == 2) break;
-    text += (text.empty() ? "" : " ") + std::to_string(count) + unit.name;
-  }
-  return text;
-}
-
 std::string pages_table(const SiteStatus& status) {
   Table table({{"RECORD", Table::Align::right}, {"PAGE"}, {"AGE", Table::Align::right}, {"IS"}});
   for (const PageStatus& page : status.pages) {
@@ -106,6 +86,25 @@ std::string label_value(std::string text) {
 }
 
 }  // namespace
+
+std::string duration_text(std::int64_t seconds) {
+  struct Unit {
+    const char* name;
+    std::int64_t seconds;
+  };
+  constexpr std::array<Unit, 4> kUnits{
+      {{"d", kDaySeconds}, {"h", 60 * kMinuteSeconds}, {"m", kMinuteSeconds}, {"s", 1}}};
+  std::string text;
+  int shown = 0;
+  for (const Unit& unit : kUnits) {
+    const std::int64_t count = seconds / unit.seconds;
+    seconds %= unit.seconds;
+    if (count == 0 && shown == 0 && unit.seconds > 1) continue;
+    if (shown++ == 2) break;
+    text += (text.empty() ? "" : " ") + std::to_string(count) + unit.name;
+  }
+  return text;
+}
 
 std::string status_text(const SiteStatus& status) {
   std::string text = pages_table(status) + "\n";
