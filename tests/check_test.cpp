@@ -5,15 +5,20 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "support/site.h"
+#include "toplistctl/check/kinds.h"
 #include "toplistctl/check/report.h"
+#include "toplistctl/check/selection.h"
 #include "toplistctl/output/whole_file.h"
 #include "toplistctl/show/show.h"
 #include "toplistctl/templates/digest.h"
@@ -28,13 +33,15 @@ constexpr std::size_t kRecordBytes = 996;
 
 Findings findings_in(const Site& site) {
   const InSite in_site(site);
-  return check_site(SiteView(), "bin");  // in the site, for tests to put programs there
+  // The programs' folder is in the site, for tests to put them there.
+  return select(check_site(SiteView(), "bin"), {.min_effect = Effect::note}).findings;
 }
 
 /// One finding per line: kind, file, place.
 std::string summary(const Findings& findings) {
   std::string text;
   for (const Finding& finding : findings) {
+    EXPECT_NE(std::find(kinds::kAll.begin(), kinds::kAll.end(), finding.kind), kinds::kAll.end());
     text += std::string(finding.kind->name) + " " + finding.file;
     const std::string place = finding.place.text();
     text += (place.empty() ? "" : ", " + place) + "\n";
@@ -90,13 +97,13 @@ struct CleanSite : Site {
     std::filesystem::permissions(path("bin/" + name), std::filesystem::perms::owner_all);
   }
 
-  /// Gives the last trade, the only one that a harvest visits, another address.
-  void move_page(const std::string& url) const {
+  /// Gives the last trade, the only one that a harvest visits, another text.
+  void set_text(std::size_t offset, const std::string& text) const {
     std::string index = read("d/t/index");
-    index.replace(11 * kRecordBytes + offsetof(TradeRecord, url), url.size() + 1, url.c_str(),
-                  url.size() + 1);
+    index.replace(11 * kRecordBytes + offset, text.size() + 1, text.c_str(), text.size() + 1);
     write("d/t/index", index);
   }
+  void move_page(const std::string& url) const { set_text(offsetof(TradeRecord, url), url); }
 
   /// Adds the toplist "x" with this template, order-by value, mode and page.
   void define(const std::string& order_by, const std::string& mode, const std::string& page) const {
@@ -118,19 +125,37 @@ const Fault kFaults[] = {
     // --- files and folders ---
     {"missing-file d/tl/vantaig", Run::ends, [](const CleanSite& s) { s.remove("d/tl/vantaig"); }},
     {"missing-file d/tl/tl.a1", Run::ends, [](const CleanSite& s) { s.remove("d/tl/tl.a1"); }},
-    {"missing-file d/t/sum", Run::ends, [](const CleanSite& s) { s.remove("d/t/sum"); }},
-    {"missing-file d/tl/tl", Run::ends, [](const CleanSite& s) { s.remove("d/tl/tl"); }},
+    {"missing-file d/t/sum", Run::ends,
+     [](const CleanSite& s) {
+       s.remove("d/t/sum");
+       s.add_setting("top", "rin60=1");
+     }},
+    {"missing-file d/tl/tl", Run::ends,
+     [](const CleanSite& s) {
+       s.remove("d/tl/tl");
+       s.add_setting("top", "rin60=1");
+     }},
     {"missing-file d/tl/tl.ext", Run::ends, [](const CleanSite& s) { s.remove("d/tl/tl.ext"); }},
     {"missing-file d/t/index", Run::ends, [](const CleanSite& s) { s.remove("d/t/index"); }},
+    {"no-site .", Run::ends, [](const CleanSite& s) { s.remove("d"); }},
     {"log-folder l/sys", Run::builds, [](const CleanSite& s) { s.remove("l/sys"); }},
+    {"log-file l/sys/sys.log", Run::builds,
+     [](const CleanSite& s) {
+       std::filesystem::create_symlink("none/log", s.path("l/sys/sys.log"));
+     }},
+    {"unused-template d/tl/y.tpl\nunused-history d/h/gone.his\nunused-thumbnail l/thumbs/gone.jpg",
+     Run::builds,
+     [](const CleanSite& s) {
+       s.add_trade({.id = 99, .domain = "off.example", .status = 0});
+       s.write("d/tl/x.tpl.src", "<!-- include part.tpl -->\n");
+       for (const char* name : {"d/tl/y.tpl", "d/tl/part.tpl", "d/tl/y.html", "d/h/gone.his",
+                                "l/thumbs/off.example.jpg", "l/thumbs/gone.jpg"}) {
+         s.write(name, "");
+       }
+     }},
 
     // --- the trade database ---
-    {"too-few-records d/t/index\n"
-     "unknown-sum-id d/t/sum, record 10\n"
-     "unknown-sum-id d/t/sum, record 11\n"
-     "unknown-sum-id d/t/sum, record 12\n"
-     "rank-beyond-list d/tl/top.tpl, line 1, column 14",
-     Run::ends,
+    {"too-few-records d/t/index", Run::ends,
      [](const CleanSite& s) {
        s.write("d/t/index", s.read("d/t/index").substr(0, 9 * kRecordBytes));
      }},
@@ -142,25 +167,16 @@ const Fault kFaults[] = {
        for (std::size_t at = 824; at < index.size(); at += kRecordBytes) index[at] = 2;
        s.write("d/t/index", index);
      }},
-    {"duplicate-id d/t/index, record 13\n"
-     "duplicate-sum-id d/t/sum, record 13",
-     Run::builds, [](const CleanSite& s) { s.add_trade({.id = 101, .domain = "new.example"}); }},
+    {"duplicate-id d/t/index, record 13", Run::builds,
+     [](const CleanSite& s) { s.add_trade({.id = 101, .domain = "new.example"}); }},
     {"duplicate-domain d/t/index, record 13", Run::builds,
      [](const CleanSite& s) { s.add_trade({.id = 99, .domain = "t01.example"}); }},
-    {"", Run::builds,
+    {"duplicate-columns d/tl/tl.a1, line 14", Run::builds,
      [](const CleanSite& s) { s.add_trade({.id = 99, .domain = "t01.example", .status = 0}); }},
     {"bad-domain d/t/index, record 13", Run::builds,
      [](const CleanSite& s) { s.add_trade({.id = 99, .domain = ""}); }},
-    {"bad-domain d/t/index, record 13", Run::builds,
-     [](const CleanSite& s) { s.add_trade({.id = 99, .domain = "-a.example"}); }},
-    {"bad-domain d/t/index, record 13", Run::builds,
-     [](const CleanSite& s) { s.add_trade({.id = 99, .domain = "a..example"}); }},
-    {"bad-domain d/t/index, record 13", Run::builds,
-     [](const CleanSite& s) { s.add_trade({.id = 99, .domain = "a.example."}); }},
-    {"bad-domain d/t/index, record 13", Run::builds,
-     [](const CleanSite& s) { s.add_trade({.id = 99, .domain = "a b.example"}); }},
-    {"", Run::builds,
-     [](const CleanSite& s) { s.add_trade({.id = 99, .domain = "A-1.b_c.example"}); }},
+    {"markup-in-value d/t/index, record 12", Run::builds,
+     [](const CleanSite& s) { s.move_page("http://t12.example/?<script>"); }},
 
     // --- figures and columns ---
     {"unknown-sum-id d/t/sum, record 1\nno-sum-record d/t/sum", Run::builds,
@@ -169,8 +185,10 @@ const Fault kFaults[] = {
      [](const CleanSite& s) { s.replace("d/t/sum", "|103|", "|103|0|"); }},
     {"sum-fields d/t/sum, line 13", Run::builds,
      [](const CleanSite& s) { s.append("d/t/sum", "sum|113|"); }},
+    {"no-figures d/t/sum", Run::builds, [](const CleanSite& s) { s.write("d/t/sum", ""); }},
     {"missing-history d/h/t02.example.his", Run::logs,
      [](const CleanSite& s) { s.remove("d/h/t02.example.his"); }},
+    {"no-histories d/h", Run::logs, [](const CleanSite& s) { s.remove("d/h"); }},
     {"history-fields d/h/t02.example.his, line 1", Run::builds,
      [](const CleanSite& s) {
        const std::string ten = "1|2|3|4|5|6|7|8|9|10|\n";
@@ -182,18 +200,18 @@ const Fault kFaults[] = {
      [](const CleanSite& s) { s.replace("d/tl/tl.a1", "Title 02|", "Title|02|"); }},
     {"no-columns d/tl/tl.a1", Run::builds,
      [](const CleanSite& s) { s.replace("d/tl/tl.a1", "t02.example", "t2.example"); }},
-    {"mark-in-value d/tl/tl.a1", Run::builds,
-     [](const CleanSite& s) { s.replace("d/tl/tl.a1", "Title 02", "100%%"); }},
+    {"mark-in-value d/tl/tl.a1, line 3\nmarkup-in-value d/tl/tl.a1, line 3", Run::builds,
+     [](const CleanSite& s) { s.replace("d/tl/tl.a1", "Title 02", "100%%</b>"); }},
+    {"", Run::builds, [](const CleanSite& s) { s.replace("d/tl/tl.a1", "Title 02", "<3 a < b<"); }},
 
     // --- configuration and thumbnails ---
-    {"short-configuration d/tl/vantaig, line 3\nmissing-thumbnail l/thumbs/", Run::builds,
+    {"short-configuration d/tl/vantaig, line 3", Run::builds,
      [](const CleanSite& s) {
-       for (int i = 1; i <= 11; ++i) {
-         s.write("l/thumbs/t" + std::string(i < 10 ? "0" : "") + std::to_string(i) + ".example.jpg",
-                 "");
-       }
+       s.write("l/thumbs/t01.example.jpg", "");
        s.write("d/tl/vantaig", "l/thumbs/\n\n\n");
      }},
+    {"no-thumbnails l/thumbs/", Run::builds,
+     [](const CleanSite& s) { s.configure({.thumbnail_optional = "0"}); }},
     {"carriage-return d/tl/vantaig, line 6", Run::builds,
      [](const CleanSite& s) { s.configure({.thumbnail_optional = "1\r"}); }},
     {"thumbnail-folder l/none/", Run::leaves,
@@ -240,10 +258,10 @@ const Fault kFaults[] = {
      }},
 
     // --- definitions ---
-    {"definition-fields d/tl/tl, line 2\nno-toplists d/tl/tl", Run::leaves,
+    {"definition-fields d/tl/tl, line 2", Run::leaves,
      [](const CleanSite& s) { s.append("d/tl/tl", "list|x.tpl|"); }},
     {"no-toplists d/tl/tl", Run::leaves, [](const CleanSite& s) { s.write("d/tl/tl", ""); }},
-    {"definition-fields d/tl/tl, line 1\nno-toplists d/tl/tl", Run::leaves,
+    {"definition-fields d/tl/tl, line 1", Run::leaves,
      [](const CleanSite& s) { s.replace("d/tl/tl", "|1|1|", "||1|1|"); }},
     {"build-mode d/tl/tl, record 2", Run::builds,
      [](const CleanSite& s) { s.define("1", "3", "x.html"); }},
@@ -260,7 +278,30 @@ const Fault kFaults[] = {
     {"output d/tl/tl, record 2", Run::logs,
      [](const CleanSite& s) { s.define("1", "1", "none/x.html"); }},
     {"duplicate-output d/tl/tl, record 2", Run::builds,
-     [](const CleanSite& s) { s.define("1", "1", "top.html"); }},
+     [](const CleanSite& s) { s.define("1", "1", "l/../top.html"); }},
+    {"overwritten-file d/tl/tl, record 2", Run::builds,
+     [](const CleanSite& s) {
+       std::filesystem::create_symlink("../d/t/sum", s.path("l/link"));
+       s.define("1", "1", "l/link");
+     }},
+    {"overwritten-file d/tl/tl, record 2", Run::builds,
+     [](const CleanSite& s) {
+       std::filesystem::create_hard_link(s.path("d/h/t01.example.his"), s.path("l/link"));
+       s.define("1", "1", "l/link");
+     }},
+    {"overwritten-file d/tl/tl, record 2", Run::builds,
+     [](const CleanSite& s) { s.define("1", "1", "d/tl/x.tpl"); }},
+    {"overwritten-file d/tl/tl, record 2", Run::logs,  // that is the page
+     [](const CleanSite& s) { s.define("1", "1", "l/sys/sys.log"); }},
+    {"build-mode d/tl/tl, record 2\nold-page top.html", Run::builds,
+     [](const CleanSite& s) {
+       s.define("1", "3", "x.html");
+       for (const char* page : {"top.html", "x.html"}) {
+         s.write(page, "");
+         const std::filesystem::path path = s.path(page);
+         std::filesystem::last_write_time(path, last_write_time(path) - std::chrono::hours(25));
+       }
+     }},
     {"empty-toplist d/tl/tl, record 1", Run::builds,
      [](const CleanSite& s) { s.add_setting("top", "rin60=9999"); }},
 
@@ -317,17 +358,50 @@ TEST(Check, FindsEachFaultAndARunAgrees) {
     const auto before = site.contents();
     std::string expected = fault.found;
     if (!expected.empty() && !expected.ends_with('\n')) expected += '\n';
-    const Findings findings = findings_in(site);
-    if (expected != "missing-file d/t/index\n") {
-      EXPECT_EQ(summary(findings), expected);
-    } else {  // nobody is left of whom the other files tell
-      EXPECT_TRUE(summary(findings).starts_with(expected)) << summary(findings);
-    }
+    EXPECT_EQ(summary(findings_in(site)), expected);
     EXPECT_EQ(site.contents(), before);
     EXPECT_EQ(site.log(), "");
     if (fault.run != Run::not_run) {
       EXPECT_EQ(static_cast<int>(run_of(site)), static_cast<int>(fault.run));
     }
+  }
+}
+
+TEST(Check, TellsHostNamesFromOtherDomains) {
+  const CleanSite site;
+  const InSite in_site(site);
+  for (const char* domain : {"A-1.b_c.example", "localhost", "-a.example", "a..example",
+                             "a.example.", "a b.example", "a\nb", "a\tb", "a|b", "a/b"}) {
+    site.set_text(offsetof(TradeRecord, domain), domain);
+    Findings findings;
+    check_trades(SiteView(), findings);
+    const bool is_host_name = *domain == 'A' || *domain == 'l';
+    EXPECT_EQ(summary(findings), is_host_name ? "" : "bad-domain d/t/index, record 12\n") << domain;
+  }
+}
+
+struct Choice {
+  Wanted wanted;
+  const char* told;
+  std::size_t less_grave;
+};
+
+TEST(Check, TellsWhatIsWantedAndCausesAlone) {
+  const Findings all = {{&kinds::kDefinitionFields, "a", {}, ""},
+                        {&kinds::kMissingGroup, "b", {}, ""},
+                        {&kinds::kNoToplists, "c", {}, ""},
+                        {&kinds::kUnknownTemplate, "d", {}, ""},
+                        {&kinds::kUnusedHistory, "e", {}, ""}};
+  const Choice choices[] = {
+      {{}, "definition-fields a\nmissing-group b\n", 1},
+      {{Effect::note}, "definition-fields a\nmissing-group b\nunused-history e\n", 0},
+      {{Effect::stop}, "definition-fields a\n", 2},  // as grave as what it brings
+      {{Effect::log, {&kinds::kDefinitionFields, &kinds::kMissingGroup}}, "no-toplists c\n", 1},
+  };
+  for (const auto& [wanted, told, less_grave] : choices) {
+    const Selection selection = select(all, wanted);
+    EXPECT_EQ(summary(selection.findings), told);
+    EXPECT_EQ(selection.less_grave, less_grave) << told;
   }
 }
 
@@ -373,7 +447,7 @@ TEST(Check, FindsAValueThatStopsTheRun) {
   site.add_setting("top", "domains=new.example");
   site.add_toplist("top", "<b>%%tit_000%%\n");
   EXPECT_EQ(summary(findings_in(site)),
-            "mark-in-value d/tl/tl.a1\nstray-mark d/tl/top.tpl, line 1, column 4\n");
+            "mark-in-value d/tl/tl.a1, line 14\nstray-mark d/tl/top.tpl, line 1, column 4\n");
   EXPECT_EQ(site.run().signal, SIGABRT);
 }
 
@@ -421,16 +495,25 @@ TEST(Check, ReportsForPeopleAndPrograms) {
   const CleanSite site;
   const InSite in_site(site);
   const SiteView data;
-  EXPECT_EQ(check_text(data, findings),
+  EXPECT_EQ(check_text(data, {findings}, Repeats::few),
             "FILE  PLACE              KIND       A RUN             WHAT\n"
             "d/a?  line 3, column 14  some-kind  logs it, goes on  bad \xff\n"
             "d/b                      some-kind  logs it, goes on  worse\n"
             "\n"
             "KIND       WHAT TO DO\n"
             "some-kind  Do this.\n");
-  EXPECT_EQ(check_text(data, {}), "Nothing found: 12 trades, 12 of them active, and 1 toplist.\n");
-  EXPECT_EQ(check_json({findings[0]}),
-            "{\n  \"clean\": false,\n  \"findings\": [\n    {\n"
+  EXPECT_EQ(check_text(data, {{}, 1234}, Repeats::few),
+            "Nothing found: 12 trades, 12 of them active, and 1 toplist.\n"
+            "1,234 less grave left out; --min-effect note shows all.\n");
+  for (const auto& [repeats, count, rows] :
+       {std::tuple{Repeats::few, 7, 6}, {Repeats::few, 6, 6}, {Repeats::all, 7, 7}}) {
+    const Findings same(static_cast<std::size_t>(count), findings[0]);
+    const std::string text = check_text(data, {same}, repeats);
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), rows + 4) << count;
+    EXPECT_EQ(text.find("and 2 more; --all") != std::string::npos, rows < count) << count;
+  }
+  EXPECT_EQ(check_json({{findings[0]}, 2}),
+            "{\n  \"clean\": false,\n  \"less_grave\": 2,\n  \"findings\": [\n    {\n"
             "      \"kind\": \"some-kind\",\n      \"effect\": \"log\",\n"
             "      \"file\": \"d/a\\u001b\",\n      \"line\": 3,\n      \"column\": 14,\n"
             "      \"message\": \"bad \xEF\xBF\xBD\",\n      \"advice\": \"Do this.\"\n"

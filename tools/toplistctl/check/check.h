@@ -70,9 +70,9 @@ void check_none_has(const Kind& kind, const std::string& file, std::size_t lacki
 /// Whether a browser would take a part of the text for a tag or a comment.
 bool holds_markup(std::string_view text);
 
-/// The paths of the files in a folder whose names have this extension, sorted; none when it cannot
-/// be listed.
-std::vector<std::string> files_in(std::string_view folder, std::string_view extension);
+/// The paths of the files in a folder ("d/tl/") whose names end so, sorted; none when it cannot be
+/// listed.
+std::vector<std::string> files_in(std::string_view folder, std::string_view suffix);
 
 /// The sources beside the templates.
 std::vector<std::string> find_sources();

@@ -8,8 +8,6 @@
 namespace toplist::ctl {
 namespace {
 
-using namespace kinds;
-
 using KindList = std::vector<const Kind*>;
 
 bool holds(const KindList& list, const Kind* kind) {
@@ -25,37 +23,45 @@ struct Cause {
 };
 
 const std::vector<Cause>& causes() {
-  static const KindList of_missing_trades = {&kUnknownSumId, &kRankBeyondList, &kUnusedHistory,
-                                             &kUnusedThumbnail, &kEmptyToplist};
-  static const KindList of_missing_definitions = {&kUnknownTemplate, &kUnusedTemplate};
+  static const KindList of_missing_trades = {&kinds::kUnknownSumId, &kinds::kRankBeyondList,
+                                             &kinds::kUnusedHistory, &kinds::kUnusedThumbnail,
+                                             &kinds::kEmptyToplist};
+  static const KindList of_missing_definitions = {&kinds::kUnknownTemplate,
+                                                  &kinds::kUnusedTemplate};
   static const std::vector<Cause> table = {
-      {kNoSite, {}, {}},
-      {kMissingFile, kTradesPath, of_missing_trades},
-      {kTooFewRecords, {}, of_missing_trades},
-      {kNoActiveTrades, {}, {&kRankBeyondList}},
-      {kMissingFile, kSumPath, {&kEmptyToplist}},
-      {kNoFigures, {}, {&kNoSumRecord, &kEmptyToplist}},
-      {kSumFields, {}, {&kEmptyToplist}},
-      {kNoHistories, {}, {&kMissingHistory}},
-      {kColumnFields, {}, {&kDuplicateColumns, &kMissingColumn}},
-      {kShortConfiguration,
+      {kinds::kNoSite, {}, {}},
+      {kinds::kMissingFile, kTradesPath, of_missing_trades},
+      {kinds::kTooFewRecords, {}, of_missing_trades},
+      {kinds::kNoActiveTrades, {}, {&kinds::kRankBeyondList}},
+      {kinds::kDuplicateId, {}, {&kinds::kDuplicateSumId}},
+      {kinds::kDuplicateDomain, {}, {&kinds::kDuplicateColumns}},
+      {kinds::kMissingFile, kSumPath, {&kinds::kEmptyToplist}},
+      {kinds::kNoFigures, {}, {&kinds::kNoSumRecord, &kinds::kEmptyToplist}},
+      {kinds::kSumFields, {}, {&kinds::kEmptyToplist}},
+      {kinds::kNoHistories, {}, {&kinds::kMissingHistory}},
+      {kinds::kColumnFields, {}, {&kinds::kDuplicateColumns, &kinds::kMissingColumn}},
+      {kinds::kShortConfiguration,
        {},
-       {&kThumbnailFolder, &kNoThumbnails, &kMissingThumbnail, &kEmptyToplist}},
-      {kCarriageReturn,
+       {&kinds::kThumbnailFolder, &kinds::kNoThumbnails, &kinds::kMissingThumbnail,
+        &kinds::kEmptyToplist}},
+      {kinds::kCarriageReturn,
        {},
-       {&kHarvestFolder, &kThumbnailSlash, &kUnknownFetchMethod, &kMissingTool, &kThumbnailFolder,
-        &kNoThumbnails, &kMissingThumbnail, &kEmptyToplist}},
-      {kNoThumbnails, {}, {&kMissingThumbnail, &kEmptyToplist}},
-      {kMissingFile, kDefinitionsPath, of_missing_definitions},
-      {kNoToplists, {}, of_missing_definitions},
-      {kDefinitionFields,
+       {&kinds::kHarvestFolder, &kinds::kThumbnailSlash, &kinds::kUnknownFetchMethod,
+        &kinds::kMissingTool, &kinds::kThumbnailFolder, &kinds::kNoThumbnails,
+        &kinds::kMissingThumbnail, &kinds::kEmptyToplist}},
+      {kinds::kNoThumbnails, {}, {&kinds::kMissingThumbnail, &kinds::kEmptyToplist}},
+      {kinds::kMissingFile, kDefinitionsPath, of_missing_definitions},
+      {kinds::kNoToplists, {}, of_missing_definitions},
+      {kinds::kDefinitionFields,
        {},
-       {&kNoToplists, &kBuildMode, &kCheckValue, &kMissingTemplate, &kOrderBy, &kOutput,
-        &kDuplicateOutput, &kUnknownTemplate, &kUnusedTemplate}},
-      {kSettingFields,
+       {&kinds::kNoToplists, &kinds::kBuildMode, &kinds::kCheckValue, &kinds::kMissingTemplate,
+        &kinds::kOrderBy, &kinds::kOutput, &kinds::kDuplicateOutput, &kinds::kUnknownTemplate,
+        &kinds::kUnusedTemplate}},
+      {kinds::kSettingFields,
        {},
-       {&kNoEquals, &kUnknownTemplate, &kUnknownKey, &kBadNumber, &kEmptyList, &kMissingGroup}},
-      {kGroupFields, {}, {&kEmptyGroup, &kEmptyToplist}},
+       {&kinds::kNoEquals, &kinds::kUnknownTemplate, &kinds::kUnknownKey, &kinds::kBadNumber,
+        &kinds::kEmptyList, &kinds::kMissingGroup}},
+      {kinds::kGroupFields, {}, {&kinds::kEmptyGroup, &kinds::kEmptyToplist}},
   };
   return table;
 }

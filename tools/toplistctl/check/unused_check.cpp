@@ -60,11 +60,11 @@ Paths paths_of_trades(const SiteView& site, const std::function<std::string(std:
 
 }  // namespace
 
-std::vector<std::string> files_in(std::string_view folder, std::string_view extension) {
+std::vector<std::string> files_in(std::string_view folder, std::string_view suffix) {
   std::vector<std::string> files;
   std::error_code ignored;
   for (const auto& entry : fs::directory_iterator(folder, ignored)) {
-    const bool is_meant = entry.path().extension() == extension;
+    const bool is_meant = entry.path().string().ends_with(suffix);
     if (is_meant && entry.is_regular_file(ignored)) files.push_back(entry.path().string());
   }
   std::sort(files.begin(), files.end());
@@ -75,7 +75,7 @@ void check_unused_files(const SiteView& site, Findings& findings) {
   check_templates_used(site, findings);
   const fs::path histories = history_path("");
   report_unused(kinds::kUnusedHistory,
-                files_in(histories.parent_path().string() + "/", histories.extension().string()),
+                files_in(histories.parent_path().string() + "/", histories.filename().string()),
                 paths_of_trades(site, history_path), findings);
   const std::string& folder = site.run.config.thumb_dir();
   if (!folder.ends_with('/')) return;  // then its files are not told from others
