@@ -90,9 +90,8 @@ void add_check_command(CLI::App& app, int& exit_status) {
   add_site_option(*command, arguments->site);
   add_user_option(*command, arguments->user);
   add_selection_options(*command, arguments->wanted);
-  CLI::Option* all =
-      command->add_flag("--all", arguments->all, "Every finding of a kind, not only the first few");
-  command->add_flag("--json", arguments->json, "Findings as JSON, always all")->excludes(all);
+  command->add_flag("--all", arguments->all, "Every finding of a kind, not only the first few");
+  command->add_flag("--json", arguments->json, "Findings as JSON, always all");
   command
       ->add_option("--path", arguments->program_path,
                    "Where the scheduler looks for downloader and image tool; cron's own by default")

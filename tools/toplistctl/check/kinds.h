@@ -98,10 +98,9 @@ inline constexpr Kind kMarkInValue{
     "Where a template shows this value its \"%%\" is read as a tag and may stop the run. Write the "
     "value without it."};
 
-inline constexpr Kind kMarkupInValue{
-    "markup-in-value", Effect::show,
-    "Pages take the value as it is: a script in it runs at every visitor. Write it without "
-    "markup, or \"<\" as \"&lt;\"."};
+inline constexpr Kind kMarkupInValue{"markup-in-value", Effect::show,
+                                     "Pages take the value as it is: a script in it runs at every "
+                                     "visitor. Write it without markup."};
 
 // --- harvest configuration and thumbnails ---
 
