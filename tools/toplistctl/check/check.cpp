@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <system_error>
 
@@ -43,9 +44,10 @@ void check_none_has(const Kind& kind, const std::string& file, std::size_t lacki
 
 bool holds_markup(std::string_view text) {
   for (std::size_t at = text.find('<'); at < text.size(); at = text.find('<', at + 1)) {
-    const char next = text.substr(at).size() > 1 ? text[at + 1] : ' ';
-    const char lower = static_cast<char>(next | 0x20);
-    if ((lower >= 'a' && lower <= 'z') || contains("/!?", {&next, 1})) return true;
+    const std::string_view next = text.substr(at + 1, 1);
+    if (next.empty()) return false;
+    if (std::isalpha(static_cast<unsigned char>(next[0])) != 0 || contains("/!?", next))
+      return true;
   }
   return false;
 }
