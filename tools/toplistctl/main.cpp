@@ -9,10 +9,11 @@ namespace {
 
 using namespace toplist::ctl;
 
-constexpr auto kCommands = {add_check_command,  add_status_command, add_show_command,
-                            add_render_command, add_why_command,    add_harvest_command,
-                            add_digest_command, add_expand_command, add_export_command,
-                            add_import_command, add_sample_command, add_init_command};
+constexpr auto kCommands = {add_check_command,   add_status_command, add_show_command,
+                            add_render_command,  add_why_command,    add_harvest_command,
+                            add_digest_command,  add_expand_command, add_export_command,
+                            add_import_command,  add_sample_command, add_init_command,
+                            add_complete_command};
 
 /// Adds --version to the command and to all below it.
 void add_version_flag(CLI::App& app) {
