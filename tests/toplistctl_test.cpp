@@ -40,6 +40,8 @@ TEST(Toplistctl, HelpAndVersionAreThereOnEveryLevel) {
         "expand none", "expand --site . x.src", "init"}) {
     EXPECT_EQ(run_ctl(site, arguments), 2) << arguments;
   }
+  EXPECT_EQ(run_ctl(site, "show frob"), 2);
+  EXPECT_NE(site.read("out").find("\"frob\""), std::string::npos);
 }
 
 TEST(Toplistctl, SampleTakesNoNumberThatItDoesNotMean) {
