@@ -35,9 +35,9 @@ TEST(Toplistctl, HelpAndVersionAreThereOnEveryLevel) {
     }
   }
   for (const char* arguments :
-       {"", "show", "digest", "check --no", "check --site none", "render", "render x",
-        "render --all", "render --all --into p x", "why", "why 1", "expand", "expand none",
-        "expand --site . x.src", "init"}) {
+       {"", "show", "show figures --period 5", "digest", "check --no", "check --site none",
+        "render", "render x", "render --all", "render --all --into p x", "why", "why 1", "expand",
+        "expand none", "expand --site . x.src", "init"}) {
     EXPECT_EQ(run_ctl(site, arguments), 2) << arguments;
   }
   for (const char* arguments :

@@ -77,8 +77,9 @@ void append_head(std::string& text, const std::string& name, const std::string& 
   text += "# HELP " + name + " " + help + "\n# TYPE " + name + " gauge\n";
 }
 
-/// A label's value: backslash, quote and line feed are escaped.
-std::string label_value(std::string text) {
+/// A label's value: UTF-8, in which backslash, quote and line feed are escaped.
+std::string label_value(const std::string& raw) {
+  std::string text = as_utf8(raw);
   replace_all(text, "\\", "\\\\");
   replace_all(text, "\"", "\\\"");
   replace_all(text, "\n", "\\n");
@@ -143,8 +144,9 @@ std::string status_metrics(const SiteStatus& status) {
   append_head(text, ages, "Age of a page.");
   std::set<std::string> told;  // a page may be that of several toplists
   for (const PageStatus& page : status.pages) {
-    if (!page.age || !told.insert(page.page).second) continue;
-    text += ages + "{page=\"" + label_value(page.page) + "\"} " + std::to_string(*page.age) + "\n";
+    const std::string label = label_value(page.page);
+    if (!page.age || !told.insert(label).second) continue;
+    text += ages + "{page=\"" + label + "\"} " + std::to_string(*page.age) + "\n";
   }
   for (const Metric& metric : kMetrics) {
     append_head(text, metric.name, metric.help);
