@@ -1,59 +1,21 @@
 # shellcheck shell=bash
-# Bash completion of toplistctl.
-
-# The site's root: what stands behind --site on the line so far, or the current directory.
-_toplistctl_site() {
-  local i
-  for ((i = 1; i < COMP_CWORD; i++)); do
-    [[ ${COMP_WORDS[i]} == --site ]] || continue
-    # "--site=DIR" comes as three words.
-    if [[ ${COMP_WORDS[i + 1]} == = ]]; then ((i++)); fi
-    echo "${COMP_WORDS[i + 1]}"
-    return
-  done
-  echo .
-}
-
-# Templates by their names in the definitions, where a line is one toplist as the site writes it.
-_toplistctl_templates() {
-  local definitions
-  definitions=$(_toplistctl_site)/d/tl/tl
-  if [[ -r $definitions ]]; then cut -d '|' -f 2 "$definitions"; fi
-}
+# Bash completion of toplistctl: asks the program itself what may stand in the place of the last word.
 
 _toplistctl() {
-  local word=$2 previous=$3 command=${COMP_WORDS[1]} words
+  local action word=$2 words=() line=("${COMP_WORDS[@]:1:COMP_CWORD}")
   COMPREPLY=()
-  case $previous in
-    --site | --harvest | --harvest-of | --into | =)
-      mapfile -t COMPREPLY < <(compgen -d -- "$word")
-      return
-      ;;
-    --trades | --toplists | --seed | --record | --path | --explain) return ;;
-  esac
-  if [[ $COMP_CWORD -eq 1 ]]; then
-    words="check status show render why harvest digest expand sample init --help --version"
-  else
-    case $command in
-      check) words="--site --json --path" ;;
-      show) words="trades toplists log --site --json" ;;
-      render) words="--site --record --all --into --diff $(_toplistctl_templates)" ;;
-      why) words="--site --toplist --json" ;;
-      digest) words="--site --update $(_toplistctl_templates)" ;;
-      expand) words="--output --install --site --force" ;;
-      sample) words="--trades --toplists --seed --plain --no-pictures --harvest --replace" ;;
-      init) words="--harvest-of" ;;
-      harvest) words="--site --explain" ;;
-    esac
-    words+=" --help --version"
-  fi
-  mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
-  if [[ $command == expand && $word != -* && $COMP_CWORD -gt 1 ]]; then
-    mapfile -t COMPREPLY < <(compgen -f -- "$word")
-  fi
-  if [[ $command =~ ^(sample|init)$ && $word != -* && $COMP_CWORD -gt 1 ]]; then
-    mapfile -t COMPREPLY < <(compgen -d -- "$word")
+  # A leading "~" is the shell's, and not resolved yet.
+  {
+    IFS= read -r action
+    mapfile -t words
+  } < <("${1/#\~\//$HOME/}" complete -- "${line[@]/#\~\//$HOME/}" 2>/dev/null)
+  if [[ -n $action ]]; then
+    compopt -o filenames 2>/dev/null
+    mapfile -t COMPREPLY < <(compgen -A "$action" -- "$word")
+  elif [[ ${#words[@]} -gt 0 ]]; then
+    # Names out of a site's files are quoted: what is inserted must not be run.
+    mapfile -t COMPREPLY < <(printf '%q\n' "${words[@]}")
   fi
 }
 
-complete -o filenames -F _toplistctl toplistctl
+complete -F _toplistctl toplistctl

@@ -1,4 +1,4 @@
-// Export and import by the built companion: sites, locks, a database.
+// Export and import by the built companion: sites and locks.
 
 #include <gtest/gtest.h>
 #include <sys/file.h>
@@ -14,7 +14,6 @@
 #include "run/trade_record.h"
 #include "support/site.h"
 #include "toplistctl/sample/sample_site.h"
-#include "util/fields.h"
 #include "util/file.h"
 #include "util/shell.h"
 #include "util/text.h"
@@ -158,43 +157,6 @@ TEST(DataCommands, AToplistIsExportedAsARunShowsIt) {
   ASSERT_EQ(shell.run("toplistctl export toplist --json top.html"), 0);
   EXPECT_TRUE(contains(shell.out(), "\"rank\": 1,\n    \"id\": 111,")) << shell.out();
   EXPECT_EQ(shell.run("toplistctl export toplist none.tpl"), 2);
-}
-
-/// The commands under a "# " heading of the manual page: what stands behind "$ ", and the lines
-/// that go on with it.
-std::string commands_of(const std::string& heading) {
-  FileBuffer page;
-  EXPECT_TRUE(page.read(TOPLISTCTL_MANUAL));
-  std::string commands;
-  bool here = false;
-  bool literal = false;
-  FieldReader lines(page.text(), kLineSeparator);
-  for (std::string_view line; lines.next(line);) {
-    if (line == "```") {
-      literal = !literal;
-    } else if (!literal && line.starts_with('#')) {
-      here = line == "# " + heading;
-    } else if (here && literal) {
-      commands.append(line.starts_with("$ ") ? line.substr(2) : line) += '\n';
-    }
-  }
-  return commands;
-}
-
-TEST(DataCommands, TheManualsWayLeadsFromADatabaseToPages) {
-  if (std::system("sqlite3 -version >/dev/null 2>&1") != 0) {
-    GTEST_SKIP() << "sqlite3 is not installed";
-  }
-  const Site site(std::vector<Trade>{});
-  site.add_toplist("index", "%%tid_000%% %%tit_000%% %%rin99_000%%\n%%tid_195%%\n", "16");
-  Shell shell(site);
-  ASSERT_EQ(shell.run("sqlite3 partners.db <" + shell_word(TOPLIST_TEST_DATA "/partners.sql")), 0);
-  std::string commands = commands_of("FROM A DATABASE TO PAGES");
-  replace_all(commands, "toplistctl init /srv/mysite\n", "");
-  replace_all(commands, "/srv/mysite", ".");
-  ASSERT_EQ(shell.run(commands), 0) << shell.err();
-  EXPECT_EQ(site.read("index.html"), "1 Partner \"1\", the Größte 40000\n199\n");
-  EXPECT_EQ(site.log(), "");
 }
 
 }  // namespace

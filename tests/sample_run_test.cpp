@@ -185,28 +185,5 @@ TEST(EmptySite, BuildsItsPageOnceItHasTrades) {
   EXPECT_EQ(count(site.read("index.html"), "<li><a href=\"http://t[0-9]+.example/\">"), 10);
 }
 
-/// Between a run and a preview in another second other alternatives may be picked.
-constexpr const char* kMayDiffer = R"(s/^\(toplistctl render --diff [^ ]*\).*/\1 || [ $? = 1 ]/)";
-
-/// The commands that the README's section about templates tells a reader to type.
-TEST(Readme, TellsTheWayFromAnEmptySiteToAPage) {
-  const Site site{Site::Bare{}};
-  const std::string folder = std::filesystem::path(TOPLISTCTL_PROGRAM).parent_path();
-  EXPECT_EQ(std::filesystem::path(TOPLIST_PROGRAM).parent_path(), folder);
-  const std::string script = site.path("tutorial");
-  ASSERT_EQ(run_shell("sed -n '/^## Templates/,/^## Figures/s/^    //p' " TOPLIST_README
-                      " | sed -e 's|/tmp/|" +
-                      site.path("") + "|g' -e '" + kMayDiffer + "' >" + script),
-            0);
-  ASSERT_EQ(run_shell("PATH=" + folder + ":$PATH bash -e " + script + " >" + script + ".out"), 0)
-      << site.read("tutorial.out");
-  const std::string page = site.read("newsite/top.html");
-  EXPECT_EQ(count(page,
-                  "<p>[0-9]+\\. <a href=\"http://[^\"]+\">[^<]+</a>: [0-9]+ visitors, "
-                  "[0-9]+ sent back</p>"),
-            15)
-      << page;
-}
-
 }  // namespace
 }  // namespace toplist::test

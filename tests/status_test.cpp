@@ -124,15 +124,15 @@ TEST_F(Status, TellsWhoHoldsTheLockAndCountsThumbnails) {
   EXPECT_EQ(look().stale_thumbnails, 1U);
 }
 
-TEST_F(Status, MetricsNameEachPageOnceWithItsLabelEscaped) {
-  const SiteStatus status{.pages = {{1, "a\"\\\n", 7, {}, false},
-                                    {2, "a\"\\\n", 7, {}, false},
+TEST_F(Status, MetricsNameEachPageOnceInUtf8WithItsLabelEscaped) {
+  const SiteStatus status{.pages = {{1, "a\"\\\n\xE9", 7, {}, false},
+                                    {2, "a\"\\\n\xE8", 7, {}, false},
                                     {3, "none", std::nullopt, {}, true}},
                           .active_trades = 5};
   const std::string text = status_metrics(status);
   const std::string ages =
       "# HELP toplist_page_age_seconds Age of a page.\n# TYPE toplist_page_age_seconds gauge\n"
-      "toplist_page_age_seconds{page=\"a\\\"\\\\\\n\"} 7\n# HELP toplist_pages_late ";
+      "toplist_page_age_seconds{page=\"a\\\"\\\\\\n\uFFFD\"} 7\n# HELP toplist_pages_late ";
   EXPECT_EQ(text.substr(0, ages.size()), ages);
   for (const char* line : {"\ntoplist_pages_late 1\n", "\ntoplist_pages_missing 1\n",
                            "\ntoplist_trades_active 5\n", "\ntoplist_run_seconds 0\n"}) {

@@ -35,10 +35,15 @@ TEST(Toplistctl, HelpAndVersionAreThereOnEveryLevel) {
     }
   }
   for (const char* arguments :
-       {"", "show", "digest", "check --no", "check --site none", "render", "render x",
-        "render --all", "render --all --into p x", "why", "why 1", "expand", "expand none",
-        "expand --site . x.src", "init"}) {
+       {"", "show", "show figures --period 5", "digest", "check --no", "check --site none",
+        "render", "render x", "render --all", "render --all --into p x", "why", "why 1", "expand",
+        "expand none", "expand --site . x.src", "init"}) {
     EXPECT_EQ(run_ctl(site, arguments), 2) << arguments;
+  }
+  for (const char* arguments :
+       {"frob", "show frob", "render --frob", "check --ignore frob", "check --min-effect frob"}) {
+    EXPECT_EQ(run_ctl(site, arguments), 2) << arguments;
+    EXPECT_NE(site.read("out").find("frob"), std::string::npos) << arguments;
   }
 }
 
@@ -56,6 +61,13 @@ TEST(Toplistctl, CheckOfTheSampleSiteIsCleanUntilSomethingBreaks) {
   ASSERT_EQ(site::write_sample_site(site.path("s"), {.thumbnails = site::Thumbnails::none}), "");
   EXPECT_EQ(run_ctl(site, "check --site s"), 0);
   EXPECT_EQ(site.read("out"), "Nothing found: 60 trades, 57 of them active, and 5 toplists.\n");
+  EXPECT_EQ(run_ctl(site, "sample --trades 12 s2 >out; cd s2; " TOPLIST_PROGRAM " run"), 0);
+  EXPECT_EQ(run_ctl(site, "check --site s2"), 0);
+  EXPECT_EQ(site.read("out"),
+            "Nothing found: 12 trades, 12 of them active, and 5 toplists.\n"
+            "5 less grave left out; --min-effect note shows all.\n");
+  EXPECT_EQ(run_ctl(site, "check --site s2 --min-effect note"), 1);
+  EXPECT_EQ(run_ctl(site, "check --site s2 --min-effect note --ignore rank-beyond-list"), 0);
 
   site.write("s/d/tl/index.tpl", "%%tid_000%%\n");
   EXPECT_EQ(run_ctl(site, "check --site s --json"), 1);

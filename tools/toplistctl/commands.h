@@ -42,4 +42,9 @@ void add_init_command(CLI::App& app, int& exit_status);
 /// harvest --explain TRADE: what a harvest makes of a trade.
 void add_harvest_command(CLI::App& app, int& exit_status);
 
+/// complete -- WORDS: what a shell may offer for the last of them; not shown in the help. The first
+/// line is what the shell itself is to offer ("directory", "file", "user") or empty, every further
+/// one is a word.
+void add_complete_command(CLI::App& app, int& exit_status);
+
 }  // namespace toplist::ctl

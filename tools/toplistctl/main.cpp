@@ -1,6 +1,8 @@
 // toplistctl: what a site's operator needs besides the run itself.
 
 #include <exception>
+#include <string>
+#include <vector>
 
 #include "toplistctl/commands.h"
 #include "toplistctl/output/console.h"
@@ -9,15 +11,23 @@ namespace {
 
 using namespace toplist::ctl;
 
-constexpr auto kCommands = {add_check_command,  add_status_command, add_show_command,
-                            add_render_command, add_why_command,    add_harvest_command,
-                            add_digest_command, add_expand_command, add_export_command,
-                            add_import_command, add_sample_command, add_init_command};
+constexpr auto kCommands = {add_check_command,   add_status_command, add_show_command,
+                            add_render_command,  add_why_command,    add_harvest_command,
+                            add_digest_command,  add_expand_command, add_export_command,
+                            add_import_command,  add_sample_command, add_init_command,
+                            add_complete_command};
 
 /// Adds --version to the command and to all below it.
 void add_version_flag(CLI::App& app) {
   app.set_version_flag("--version", "toplistctl " TOPLIST_VERSION);
   for (CLI::App* command : app.get_subcommands({})) add_version_flag(*command);
+}
+
+/// CLI11 tells what is missing, but not of the word that stands in its place.
+int fail_for_missing(const CLI::App& app, const CLI::RequiredError& error) {
+  const std::vector<std::string> unknown = app.remaining(true);
+  if (unknown.empty()) return fail(std::string(error.what()) + "; see --help");
+  return fail("there is no command or option \"" + unknown.front() + "\"; see --help");
 }
 
 int run(int argc, char** argv) {
@@ -28,6 +38,8 @@ int run(int argc, char** argv) {
   add_version_flag(app);
   try {
     app.parse(argc, argv);
+  } catch (const CLI::RequiredError& error) {
+    return fail_for_missing(app, error);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : kCouldNotLook;  // 0: help or version
   }

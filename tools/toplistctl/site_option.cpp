@@ -47,9 +47,10 @@ CLI::Option* add_duration_option(CLI::App& command, const std::string& name,
   const std::map<std::string, std::int64_t> units{{"s", 1}, {"m", 60}, {"h", 3600}, {"d", 86400}};
   return command.add_option(name, seconds, about)
       ->transform(CLI::AsNumberWithUnit(
-          units, CLI::AsNumberWithUnit::Options(CLI::AsNumberWithUnit::CASE_SENSITIVE |
-                                                CLI::AsNumberWithUnit::UNIT_REQUIRED)))
-      ->check(CLI::NonNegativeNumber)
+                      units, CLI::AsNumberWithUnit::Options(CLI::AsNumberWithUnit::CASE_SENSITIVE |
+                                                            CLI::AsNumberWithUnit::UNIT_REQUIRED))
+                      .description(""))
+      ->check(CLI::NonNegativeNumber.description(""))
       ->type_name("DURATION");
 }
 

@@ -1,8 +1,15 @@
 #include "toplistctl/check/check.h"
 
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
 #include <system_error>
 
 #include "toplistctl/check/kinds.h"
+#include "toplistctl/site_view/run_inputs.h"
+#include "util/text.h"
 
 namespace toplist::ctl {
 namespace {
@@ -10,8 +17,10 @@ namespace {
 using Check = void (*)(const SiteView&, Findings&);
 
 constexpr Check kChecks[] = {
-    check_trades, check_configuration, check_harvested_trades, check_columns,   check_histories,
-    check_sum,    check_definitions,   check_settings,         check_templates, check_sources,
+    check_is_site,      check_trades,    check_configuration, check_harvested_trades,
+    check_columns,      check_histories, check_sum,           check_definitions,
+    check_pages,        check_settings,  check_templates,     check_sources,
+    check_unused_files,
 };
 
 }  // namespace
@@ -24,6 +33,31 @@ bool check_open(const SiteFile& file, Findings& findings) {
   if (file.is_open()) return true;
   findings.push_back({&kinds::kMissingFile, file.path(), {}, cannot_open(file.error())});
   return false;
+}
+
+void check_none_has(const Kind& kind, const std::string& file, std::size_t lacking,
+                    const SiteView& site, Findings& findings) {
+  const std::size_t active = site.run.rows.size();
+  if (lacking < active || active < 2) return;
+  findings.push_back({&kind, file, {}, "has nothing of the " + grouped(active) + " active trades"});
+}
+
+bool holds_markup(std::string_view text) {
+  for (std::size_t at = text.find('<'); at < text.size(); at = text.find('<', at + 1)) {
+    const std::string_view next = text.substr(at + 1, 1);
+    if (next.empty()) return false;
+    if (std::isalpha(static_cast<unsigned char>(next[0])) != 0 || contains("/!?", next))
+      return true;
+  }
+  return false;
+}
+
+void check_is_site(const SiteView& /*site*/, Findings& findings) {
+  const bool is_none = std::all_of(kNeededFiles.begin(), kNeededFiles.end(), [](const char* path) {
+    return ::access(path, F_OK) != 0 && errno == ENOENT;
+  });
+  if (!is_none) return;
+  findings.push_back({&kinds::kNoSite, ".", {}, "has none of the files that a run needs"});
 }
 
 Findings check_site(const SiteView& site, std::string_view program_path) {

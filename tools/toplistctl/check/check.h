@@ -11,9 +11,12 @@ namespace toplist::ctl {
 /// Where cron looks for programs unless a crontab tells it otherwise.
 inline constexpr const char* kCronPath = "/usr/bin:/bin";
 
-/// All of them, in the order in which a run comes to the files. `program_path` is where the
+/// All findings, in the order in which a run comes to the files. `program_path` is where the
 /// scheduler looks for the programs that a harvest runs, in the form of PATH.
 Findings check_site(const SiteView& site, std::string_view program_path = kCronPath);
+
+/// Whether there is a site at all.
+void check_is_site(const SiteView& site, Findings& findings);
 
 /// "d/t/index".
 void check_trades(const SiteView& site, Findings& findings);
@@ -36,11 +39,14 @@ void check_histories(const SiteView& site, Findings& findings);
 /// "d/t/sum".
 void check_sum(const SiteView& site, Findings& findings);
 
-/// "d/tl/tl", and the pages it names.
+/// "d/tl/tl".
 void check_definitions(const SiteView& site, Findings& findings);
 
 /// "d/tl/tl.ext", and the groups it names.
 void check_settings(const SiteView& site, Findings& findings);
+
+/// The pages that "d/tl/tl" names: what they replace, and how old they are.
+void check_pages(const SiteView& site, Findings& findings);
 
 /// The templates of all toplists, also of those that are skipped.
 void check_templates(const SiteView& site, Findings& findings);
@@ -48,10 +54,27 @@ void check_templates(const SiteView& site, Findings& findings);
 /// "d/tl/<template>.src", the sources beside the templates.
 void check_sources(const SiteView& site, Findings& findings);
 
+/// Files that no toplist and no trade of the database has a use for.
+void check_unused_files(const SiteView& site, Findings& findings);
+
 /// Reports a file that the run cannot do without; true when it can be opened.
 bool check_open(const SiteFile& file, Findings& findings);
 
 /// "cannot be opened" and why, as errno tells.
 std::string cannot_open(int error);
+
+/// Reports that none of the active trades has what `lacking` of them have not, if it is so.
+void check_none_has(const Kind& kind, const std::string& file, std::size_t lacking,
+                    const SiteView& site, Findings& findings);
+
+/// Whether a browser would take a part of the text for a tag or a comment.
+bool holds_markup(std::string_view text);
+
+/// The paths of the files in a folder ("d/tl/") whose names end so, sorted; none when it cannot be
+/// listed.
+std::vector<std::string> files_in(std::string_view folder, std::string_view suffix);
+
+/// The sources beside the templates.
+std::vector<std::string> find_sources();
 
 }  // namespace toplist::ctl

@@ -1,7 +1,11 @@
+#include <algorithm>
+#include <iterator>
 #include <memory>
 
 #include "toplistctl/check/check.h"
+#include "toplistctl/check/kinds.h"
 #include "toplistctl/check/report.h"
+#include "toplistctl/check/selection.h"
 #include "toplistctl/commands.h"
 #include "toplistctl/output/console.h"
 #include "toplistctl/site_option.h"
@@ -12,6 +16,8 @@ namespace {
 struct Arguments {
   std::string site = kCurrentDirectory;
   std::string user;
+  Wanted wanted;
+  bool all = false;
   bool json = false;
   std::string program_path = kCronPath;
 };
@@ -19,9 +25,56 @@ struct Arguments {
 int check(const Arguments& arguments) {
   if (!enter_site(arguments.site, arguments.user)) return kCouldNotLook;
   const SiteView site;
-  const Findings findings = check_site(site, arguments.program_path);
-  const std::string text = arguments.json ? check_json(findings) : check_text(site, findings);
-  return print(text, findings.empty() ? 0 : kFoundSomething);
+  const Selection told = select(check_site(site, arguments.program_path), arguments.wanted);
+  const std::string text =
+      arguments.json ? check_json(told)
+                     : check_text(site, told, arguments.all ? Repeats::all : Repeats::few);
+  return print(text, told.findings.empty() ? 0 : kFoundSomething);
+}
+
+/// The names of the entries of a table, for a message.
+template <typename Table, typename NameOf>
+std::string listed(const Table& table, NameOf name_of) {
+  std::string text;
+  for (const auto& entry : table) text += (text.empty() ? "" : ", ") + std::string(name_of(entry));
+  return text;
+}
+
+/// Finds the entry of this name; CLI11 tells of one that is not there.
+template <typename Table, typename NameOf>
+auto find_named(const Table& table, const std::string& name, const char* what, NameOf name_of) {
+  const auto found = std::find_if(table.begin(), table.end(),
+                                  [&](const auto& entry) { return name_of(entry) == name; });
+  if (found != table.end()) return found;
+  throw CLI::ValidationError(std::string(what) + " " + in_quotes(name) + " is none of " +
+                             listed(table, name_of));
+}
+
+void add_selection_options(CLI::App& command, Wanted& wanted) {
+  command
+      .add_option_function<std::string>(
+          "--min-effect",
+          [&wanted](const std::string& word) {
+            const auto found = find_named(kEffects, word, "effect",
+                                          [](const EffectName& effect) { return effect.word; });
+            wanted.min_effect = static_cast<Effect>(std::distance(kEffects.begin(), found));
+          },
+          "Only what is at least as grave: " +
+              listed(kEffects, [](const EffectName& effect) { return effect.word; }) +
+              "; \"lose\" if not given")
+      ->type_name("EFFECT");
+  command
+      .add_option_function<std::vector<std::string>>(
+          "--ignore",
+          [&wanted](const std::vector<std::string>& names) {
+            for (const std::string& name : names) {
+              wanted.ignored.push_back(*find_named(kinds::kAll, name, "kind",
+                                                   [](const Kind* kind) { return kind->name; }));
+            }
+          },
+          "Leave out this kind of finding, as it is meant; may be repeated")
+      ->type_name("KIND")
+      ->allow_extra_args(false);
 }
 
 }  // namespace
@@ -32,10 +85,13 @@ void add_check_command(CLI::App& app, int& exit_status) {
       app.add_subcommand("check", "Tell what makes a run log, skip, stop or show things wrong");
   command->footer(
       "The site is only read. Exit status: 0 clean, 1 something found, 2 not checked.\n"
-      "Run it as the user who runs toplist, who may see and write other files.");
+      "Run it as the user who runs toplist, who may see and write other files.\n"
+      "Example: toplistctl check --ignore build-mode --min-effect skip");
   add_site_option(*command, arguments->site);
   add_user_option(*command, arguments->user);
-  command->add_flag("--json", arguments->json, "Findings as JSON");
+  add_selection_options(*command, arguments->wanted);
+  command->add_flag("--all", arguments->all, "Every finding of a kind, not only the first few");
+  command->add_flag("--json", arguments->json, "Findings as JSON, always all");
   command
       ->add_option("--path", arguments->program_path,
                    "Where the scheduler looks for downloader and image tool; cron's own by default")

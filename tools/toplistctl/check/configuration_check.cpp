@@ -1,12 +1,15 @@
 #include <unistd.h>
 
+#include <cerrno>
 #include <string>
+#include <system_error>
 
 #include "harvest/fetch_method.h"
 #include "harvest/trade_harvest.h"
 #include "run/sys_log.h"
 #include "toplistctl/check/check.h"
 #include "toplistctl/check/kinds.h"
+#include "toplistctl/site_view/writable.h"
 #include "util/fields.h"
 
 namespace toplist::ctl {
@@ -16,9 +19,20 @@ void add(const Kind& kind, std::size_t line, std::string message, Findings& find
   findings.push_back({&kind, kHarvestConfigPath, {.line = line}, std::move(message)});
 }
 
-void check_writable_folder(const Kind& kind, const std::string& path, Findings& findings) {
+/// Reports a folder that cannot be written to; true when it can.
+bool check_writable_folder(const Kind& kind, const std::string& path, Findings& findings) {
   const bool writable = ::access((path + "/.").c_str(), W_OK | X_OK) == 0;
   if (!writable) findings.push_back({&kind, path, {}, "is no folder that can be written to"});
+  return writable;
+}
+
+/// The log is opened anew for each line: it counts whether that works, not whose the folder is.
+void check_log(Findings& findings) {
+  if (can_be_written(kLogPath)) return;
+  const std::string fault = std::generic_category().message(errno);
+  const bool is_there = ::access(kLogPath, F_OK) == 0;
+  if (!is_there && !check_writable_folder(kinds::kLogFolder, kLogFolder, findings)) return;
+  findings.push_back({&kinds::kLogFile, kLogPath, {}, "cannot be written: " + fault});
 }
 
 void check_lines(std::string_view text, const HarvestConfig& config, Findings& findings) {
@@ -65,16 +79,19 @@ void check_thumbnails(const SiteView& site, Findings& findings) {
          "thumbnails are required, and the folder " + cannot_open(site.rehearsal.folder_error())});
     return;
   }
+  std::size_t lacking = 0;
   for (const TradeRow& row : site.run.rows) {
     if (row.mark == 0) continue;
+    ++lacking;
     findings.push_back({&kinds::kMissingThumbnail, folder, {}, "holds no " + row.domain + ".jpg"});
   }
+  check_none_has(kinds::kNoThumbnails, folder, lacking, site, findings);
 }
 
 }  // namespace
 
 void check_configuration(const SiteView& site, Findings& findings) {
-  check_writable_folder(kinds::kLogFolder, kLogFolder, findings);
+  check_log(findings);
   const SiteFile file(kHarvestConfigPath);
   if (!check_open(file, findings)) return;
   check_lines(file.text(), site.run.config, findings);

@@ -1,8 +1,13 @@
+#include <algorithm>
 #include <array>
+#include <filesystem>
 #include <map>
 #include <set>
+#include <span>
 #include <string>
+#include <utility>
 
+#include "render/tag.h"
 #include "run/statistics.h"
 #include "toplistctl/check/check.h"
 #include "toplistctl/check/kinds.h"
@@ -61,20 +66,57 @@ SumRecords check_sum_ids(std::string_view text, const SiteView& site, Findings& 
 
 std::string name_of(const TradeRow& row) { return row.domain + " (number " + row.id + ")"; }
 
-/// A value that a template may show, in which a run would take a "%%" for a tag.
-void check_value(std::string_view value, std::string_view domain, Findings& findings) {
-  if (!contains(value, "%%")) return;
-  findings.push_back({&kinds::kMarkInValue,
-                      kExtraColumnsPath,
-                      {},
-                      in_quotes(value) + " of " + std::string(domain) + " holds \"%%\""});
-}
+/// Columns that partners write: title, description and picture. The others are the site's own.
+constexpr std::size_t kPartnersColumns = 3;
 
-void check_values(const ExtraColumnFields& fields, Findings& findings) {
+/// Finds faults of one line of "d/tl/tl.a1" after the other.
+class ColumnCheck {
+ public:
+  ColumnCheck(std::string_view text, Findings& findings) : text_(text), findings_(findings) {}
+
+  /// The fields of the line: a domain and its values, views into the text.
+  void check(std::span<const std::string_view> fields) {
+    count_lines(fields[0]);
+    const std::string domain = in_quotes(fields[0]);
+    const auto [first, is_new] = lines_.emplace(fields[0], line_);
+    if (!is_new) {
+      add(kinds::kDuplicateColumns, domain + " also has line " + std::to_string(first->second));
+    }
+    for (std::size_t i = 1; i < fields.size(); ++i) {
+      const std::string value = in_quotes(fields[i]) + " of " + domain;
+      if (contains(fields[i], kTagMark)) add(kinds::kMarkInValue, value + " holds \"%%\"");
+      if (i <= kPartnersColumns && holds_markup(fields[i])) {
+        add(kinds::kMarkupInValue, value + " holds markup");
+      }
+    }
+  }
+
+ private:
+  void add(const Kind& kind, std::string message) {
+    findings_.push_back({&kind, kExtraColumnsPath, {.line = line_}, std::move(message)});
+  }
+
+  /// Goes on to the line in which `field` stands.
+  void count_lines(std::string_view field) {
+    const auto at = text_.begin() + (field.data() - text_.data());
+    line_ += static_cast<std::size_t>(std::count(counted_to_, at, kLineSeparator));
+    counted_to_ = at;
+  }
+
+  std::string_view text_;
+  Findings& findings_;
+  std::string_view::const_iterator counted_to_ = text_.begin();
+  std::size_t line_ = 1;
+  std::map<std::string_view, std::size_t> lines_;  ///< by domain, the first of each
+};
+
+void check_column_lines(std::string_view text, const ExtraColumnFields& fields,
+                        Findings& findings) {
   const std::size_t size = fields.group_size();
-  for (std::size_t at = *fields.kept_in_header; at + size <= fields.kept.size(); at += size) {
-    for (std::size_t i = 1; i < size; ++i)
-      check_value(fields.kept[at + i], fields.kept[at], findings);
+  const std::span<const std::string_view> kept(fields.kept);
+  ColumnCheck check(text, findings);
+  for (std::size_t at = *fields.kept_in_header; at + size <= kept.size(); at += size) {
+    check.check(kept.subspan(at, size));
   }
 }
 
@@ -100,22 +142,27 @@ void check_columns(const SiteView& site, Findings& findings) {
                                               : "the file has no line behind its header"});
     return;
   }
-  check_values(fields, findings);
+  check_column_lines(file.text(), fields, findings);
   if (check_fields(kinds::kColumnFields, file, *fields.kept_in_header, findings)) {
     check_rows_have_columns(site, findings);
   }
 }
 
 void check_histories(const SiteView& site, Findings& findings) {
+  std::size_t lacking = 0;
   for (const TradeRow& row : site.run.rows) {
     const SiteFile history(history_path(row.domain));
     if (history.is_open()) {
       check_fields(kinds::kHistoryFields, history, kHistoryFields, findings);
     } else {
+      ++lacking;
       findings.push_back(
           {&kinds::kMissingHistory, history.path(), {}, cannot_open(history.error())});
     }
   }
+  check_none_has(kinds::kNoHistories,
+                 std::filesystem::path(history_path("")).parent_path().string(), lacking, site,
+                 findings);
 }
 
 void check_sum(const SiteView& site, Findings& findings) {
@@ -126,10 +173,13 @@ void check_sum(const SiteView& site, Findings& findings) {
   }
   if (site.run.trades.empty()) return;
   const SumRecords records = check_sum_ids(file.text(), site, findings);
+  std::size_t lacking = 0;
   for (const TradeRow& row : site.run.rows) {
     if (records.contains(row.id)) continue;
+    ++lacking;
     findings.push_back({&kinds::kNoSumRecord, kSumPath, {}, "no record of " + name_of(row)});
   }
+  check_none_has(kinds::kNoFigures, kSumPath, lacking, site, findings);
 }
 
 }  // namespace toplist::ctl

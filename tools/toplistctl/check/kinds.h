@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+
 #include "toplistctl/check/finding.h"
 
 /// Every kind of fault that a check reports: its name, what a run does about it, what to do.
@@ -7,6 +9,9 @@ namespace toplist::ctl::kinds {
 
 // --- files and folders ---
 
+inline constexpr Kind kNoSite{
+    "no-site", Effect::stop,
+    "Go to the site's root or name it by --site. toplistctl init lays out a new site."};
 inline constexpr Kind kMissingFile{
     "missing-file", Effect::stop,
     "Let the site write the file, or fetch it from a backup; the run's user must be able to read "
@@ -14,6 +19,9 @@ inline constexpr Kind kMissingFile{
 inline constexpr Kind kLogFolder{
     "log-folder", Effect::lose,
     "Create the folder and let the run's user write to it: without it no failure is ever logged."};
+inline constexpr Kind kLogFile{
+    "log-file", Effect::lose,
+    "Let the run's user write to the file: as it is, no failure is ever logged."};
 inline constexpr Kind kHarvestFolder{
     "harvest-folder", Effect::lose,
     "Create the folder and let the run's user write to it: without it no thumbnail is harvested."};
@@ -42,12 +50,16 @@ inline constexpr Kind kBadDomain{
 
 // --- figures and columns ---
 
+inline constexpr Kind kNoFigures{
+    "no-figures", Effect::show,
+    "All trades stand with 0 in all recent figures. Let the site write their records, with the "
+    "numbers spelled as in the database."};
 inline constexpr Kind kSumFields{
     "sum-fields", Effect::show,
     "Fields are counted across line breaks, so all figures behind this place go "
     "to wrong fields. Let the site write the file again."};
 inline constexpr Kind kUnknownSumId{
-    "unknown-sum-id", Effect::show,
+    "unknown-sum-id", Effect::note,
     "These figures belong to no trade of the database. Correct the number, or drop the record."};
 inline constexpr Kind kDuplicateSumId{"duplicate-sum-id", Effect::show,
                                       "Only the last record of a number counts: drop the others."};
@@ -55,6 +67,10 @@ inline constexpr Kind kNoSumRecord{
     "no-sum-record", Effect::show,
     "The trade stands with 0 in all recent figures and percentages. Let the site write its record "
     "(the number must be spelled as in the database, without zeros in front)."};
+inline constexpr Kind kNoHistories{
+    "no-histories", Effect::log,
+    "All trades stand with 0 in all-time figures, and every run logs each of them. Let the site "
+    "write the histories, and the run's user read them."};
 inline constexpr Kind kMissingHistory{
     "missing-history", Effect::log,
     "Let the site write the trade's history, or put an empty file in its place."};
@@ -70,6 +86,10 @@ inline constexpr Kind kColumnFields{
     "column-fields", Effect::show,
     "Every line needs as many fields as the header: values behind this place go to wrong trades "
     "and columns. Mend the line."};
+inline constexpr Kind kDuplicateColumns{
+    "duplicate-columns", Effect::show,
+    "Remove one of the lines: as it is, the values of the later one stand as further columns "
+    "behind those of the first."};
 inline constexpr Kind kNoColumns{
     "no-columns", Effect::show,
     "The trade has no title, description or other column: add a line for its domain."};
@@ -77,6 +97,10 @@ inline constexpr Kind kMarkInValue{
     "mark-in-value", Effect::show,
     "Where a template shows this value its \"%%\" is read as a tag and may stop the run. Write the "
     "value without it."};
+
+inline constexpr Kind kMarkupInValue{"markup-in-value", Effect::show,
+                                     "Pages take the value as it is: a script in it runs at every "
+                                     "visitor. Write it without markup."};
 
 // --- harvest configuration and thumbnails ---
 
@@ -113,6 +137,10 @@ inline constexpr Kind kThumbnailFolder{
     "thumbnail-folder", Effect::stop,
     "Create the folder, correct line 1 of the configuration, or write \"1\" on line 6 so that "
     "thumbnails are not required."};
+inline constexpr Kind kNoThumbnails{
+    "no-thumbnails", Effect::show,
+    "No trade is shown in any toplist. Harvest pictures, correct line 1 of the configuration, or "
+    "write \"1\" on line 6."};
 inline constexpr Kind kMissingThumbnail{
     "missing-thumbnail", Effect::show,
     "The trade is shown in no toplist. Put its picture there, harvest it, or write \"1\" on line 6 "
@@ -143,6 +171,13 @@ inline constexpr Kind kOutput{
     "output", Effect::stop,
     "Create the page's folder and let the run's user write to it: no toplist behind it is built "
     "either."};
+inline constexpr Kind kOverwrittenFile{
+    "overwritten-file", Effect::overwrite,
+    "Give the toplist another page before the next run puts this one in the file's place."};
+inline constexpr Kind kOldPage{
+    "old-page", Effect::show,
+    "The next run would write the page, but no run has come: look at the timer or the cron line. "
+    "toplistctl status tells more."};
 inline constexpr Kind kDuplicateOutput{
     "duplicate-output", Effect::show,
     "Give each toplist a page of its own: the later one replaces the earlier one's."};
@@ -199,8 +234,9 @@ inline constexpr Kind kUnknownName{
     "Nothing is put in its place. Correct the name; names of 3 characters need the short form and "
     "names of 5 the long one."};
 inline constexpr Kind kRankBeyondList{
-    "rank-beyond-list", Effect::show,
-    "A blank is put in its place, as there are never so many trades. Name fewer ranks."};
+    "rank-beyond-list", Effect::note,
+    "A blank is put in its place, as there are not so many trades. Name fewer ranks if there will "
+    "never be more."};
 inline constexpr Kind kOddRank{"odd-rank", Effect::show,
                                "Write the rank in three digits: 000 is the first trade."};
 inline constexpr Kind kOddColumn{
@@ -223,5 +259,42 @@ inline constexpr Kind kSourceDiffers{
     "source-differs", Effect::show,
     "The page comes from the template and not from its source. If the source is right: toplistctl "
     "expand --install SOURCE. If the template is, change the source before that undoes it."};
+
+// --- what nothing uses ---
+
+inline constexpr Kind kUnusedTemplate{"unused-template", Effect::note,
+                                      "Define a toplist with it, or remove the file."};
+inline constexpr Kind kUnusedHistory{
+    "unused-history", Effect::note,
+    "It belongs to no trade of the database: remove the file, or keep it for a trade to come."};
+inline constexpr Kind kUnusedThumbnail{"unused-thumbnail", Effect::note,
+                                       "It belongs to no trade of the database: remove the file."};
+
+/// All of them.
+inline constexpr std::array kAll{
+    &kNoSite,           &kMissingFile,        &kLogFolder,
+    &kLogFile,          &kHarvestFolder,      &kTooFewRecords,
+    &kCutRecord,        &kNoActiveTrades,     &kDuplicateId,
+    &kDuplicateDomain,  &kBadDomain,          &kNoFigures,
+    &kSumFields,        &kUnknownSumId,       &kDuplicateSumId,
+    &kNoSumRecord,      &kNoHistories,        &kMissingHistory,
+    &kHistoryFields,    &kShortHeader,        &kColumnFields,
+    &kDuplicateColumns, &kNoColumns,          &kMarkInValue,
+    &kMarkupInValue,    &kShortConfiguration, &kLongConfiguration,
+    &kCarriageReturn,   &kUnknownFetchMethod, &kMissingTool,
+    &kNeedsDownloader,  &kOtherHost,          &kThumbnailSlash,
+    &kThumbnailFolder,  &kNoThumbnails,       &kMissingThumbnail,
+    &kDefinitionFields, &kNoToplists,         &kBuildMode,
+    &kCheckValue,       &kMissingTemplate,    &kOrderBy,
+    &kOutput,           &kOverwrittenFile,    &kOldPage,
+    &kDuplicateOutput,  &kEmptyToplist,       &kSettingFields,
+    &kNoEquals,         &kUnknownTemplate,    &kUnknownKey,
+    &kBadNumber,        &kEmptyList,          &kMissingGroup,
+    &kEmptyGroup,       &kGroupFields,        &kStraySpot,
+    &kMalformedTag,     &kUnknownName,        &kRankBeyondList,
+    &kOddRank,          &kOddColumn,          &kMissingColumn,
+    &kOpenBlock,        &kTooManyTags,        &kSourceDiffers,
+    &kUnusedTemplate,   &kUnusedHistory,      &kUnusedThumbnail,
+};
 
 }  // namespace toplist::ctl::kinds

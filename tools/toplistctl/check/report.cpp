@@ -1,5 +1,6 @@
 #include "toplistctl/check/report.h"
 
+#include <map>
 #include <set>
 
 #include "toplistctl/output/json.h"
@@ -14,11 +15,29 @@ std::string clean_text(const SiteView& site) {
          count_of(site.toplists.size(), "toplist") + ".\n";
 }
 
-std::string findings_table(const Findings& findings) {
+std::string less_grave_text(std::size_t count) {
+  if (count == 0) return "";
+  return grouped(count) + " less grave left out; --min-effect note shows all.\n";
+}
+
+/// So many findings of a kind are told one by one; of one more than that, the last as well.
+constexpr std::size_t kFew = 5;
+
+std::string findings_table(const Findings& findings, Repeats repeats) {
+  std::map<const Kind*, std::size_t> left;
+  std::map<const Kind*, std::size_t> told;
+  for (const Finding& finding : findings) ++left[finding.kind];
   Table table({{"FILE"}, {"PLACE"}, {"KIND"}, {"A RUN"}, {"WHAT"}});
   for (const Finding& finding : findings) {
-    table.add_row({finding.file, finding.place.text(), std::string(finding.kind->name),
-                   std::string(effect_text(finding.kind->effect)), finding.message});
+    const std::size_t rest = left[finding.kind]--;
+    const std::size_t before = told[finding.kind]++;
+    if (repeats == Repeats::few && before == kFew && rest > 1) {
+      table.add_row({"", "", std::string(finding.kind->name), "",
+                     "and " + grouped(rest) + " more; --all shows every one"});
+    } else if (repeats == Repeats::all || before <= kFew) {
+      table.add_row({finding.file, finding.place.text(), std::string(finding.kind->name),
+                     std::string(effect_name(finding.effect()).text), finding.message});
+    }
   }
   return table.text();
 }
@@ -36,7 +55,7 @@ std::string advice_table(const Findings& findings) {
 
 Json json_of(const Finding& finding) {
   Json json = {{"kind", finding.kind->name},
-               {"effect", effect_word(finding.kind->effect)},
+               {"effect", effect_name(finding.effect()).word},
                {"file", finding.file}};
   const auto add = [&json](const char* unit, std::size_t number) {
     if (number != 0) json[unit] = number;
@@ -51,15 +70,19 @@ Json json_of(const Finding& finding) {
 
 }  // namespace
 
-std::string check_text(const SiteView& site, const Findings& findings) {
-  if (findings.empty()) return clean_text(site);
-  return findings_table(findings) + "\n" + advice_table(findings);
+std::string check_text(const SiteView& site, const Selection& selection, Repeats repeats) {
+  const Findings& findings = selection.findings;
+  return (findings.empty() ? clean_text(site)
+                           : findings_table(findings, repeats) + "\n" + advice_table(findings)) +
+         less_grave_text(selection.less_grave);
 }
 
-std::string check_json(const Findings& findings) {
+std::string check_json(const Selection& selection) {
   Json list = Json::array();
-  for (const Finding& finding : findings) list.push_back(json_of(finding));
-  return json_text({{"clean", findings.empty()}, {"findings", list}});
+  for (const Finding& finding : selection.findings) list.push_back(json_of(finding));
+  return json_text({{"clean", selection.findings.empty()},
+                    {"less_grave", selection.less_grave},
+                    {"findings", list}});
 }
 
 }  // namespace toplist::ctl

@@ -13,18 +13,6 @@
 namespace toplist::ctl {
 namespace {
 
-/// The paths of the sources beside the templates, sorted.
-std::vector<std::string> find_sources() {
-  std::vector<std::string> sources;
-  std::error_code ignored;  // a missing folder is told by others
-  for (const auto& entry : std::filesystem::directory_iterator(kTemplateFolder, ignored)) {
-    const bool is_source = entry.path().extension() == kSourceSuffix;
-    if (is_source && entry.is_regular_file(ignored)) sources.push_back(entry.path().string());
-  }
-  std::sort(sources.begin(), sources.end());
-  return sources;
-}
-
 /// Where in the sources the first byte comes from that the template has not.
 SourcePlace first_difference(const Expansion& expansion, std::string_view text) {
   const std::string_view expected = expansion.text;
@@ -54,6 +42,8 @@ void check_source(const std::string& source, const SiteFile& file, Findings& fin
 }
 
 }  // namespace
+
+std::vector<std::string> find_sources() { return files_in(kTemplateFolder, kSourceSuffix); }
 
 void check_sources(const SiteView& /*site*/, Findings& findings) {
   for (const std::string& source : find_sources()) {

@@ -1,5 +1,4 @@
 #include <charconv>
-#include <map>
 #include <string>
 
 #include "toplist/filters.h"
@@ -76,17 +75,11 @@ class DefinitionCheck {
     if (!can_be_written(path)) {
       add(kinds::kOutput, "the page " + in_quotes(path) + " cannot be written");
     }
-    const auto [first, is_new] = outputs_.emplace(path, toplist_->record);
-    if (!is_new) {
-      add(kinds::kDuplicateOutput, "the page " + in_quotes(path) + " is also that of record " +
-                                       std::to_string(first->second));
-    }
   }
 
   const SiteView& site_;
   Findings& findings_;
   const ToplistView* toplist_ = nullptr;
-  std::map<std::string, std::size_t> outputs_;  ///< page -> first record
 };
 
 // --- settings ---

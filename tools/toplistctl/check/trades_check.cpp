@@ -84,6 +84,9 @@ std::string_view domain_fault(std::string_view domain) {
   if (domain.empty()) return "the domain is empty";
   if (domain.size() >= sizeof(TradeRecord::domain)) return "the domain fills its field to the end";
   if (domain.find('/') != std::string_view::npos) return "the domain holds a \"/\"";
+  if (domain.find_first_of("\r\n\t|") != std::string_view::npos) {
+    return "the domain holds a line break, tab or \"|\"";
+  }
   if (!is_host_name(domain)) return "the domain is no host name";
   return {};
 }
@@ -100,6 +103,12 @@ void check_active_trades(const SiteView& site, Findings& findings) {
                           kTradesPath,
                           {.record = i + 1},
                           "the address " + in_quotes(url_of(trade)) + " holds \"%%\""});
+    }
+    if (holds_markup(url_of(trade))) {
+      findings.push_back({&kinds::kMarkupInValue,
+                          kTradesPath,
+                          {.record = i + 1},
+                          "the address " + in_quotes(url_of(trade)) + " holds markup"});
     }
     ids.add(trade.trade_id, std::to_string(trade.trade_id), i + 1, findings);
     if (const std::string_view fault = domain_fault(domain); !fault.empty()) {

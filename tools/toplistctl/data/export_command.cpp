@@ -67,6 +67,7 @@ void add_toplist(CLI::App& app, int& exit_status) {
   CLI::App* command = app.add_subcommand("toplist", "The ranked trades that a toplist shows now");
   add_site_option(*command, arguments->site);
   command->add_option("template", arguments->name, "A name as in the definitions, or a page's path")
+      ->type_name("TEMPLATE")
       ->required();
   command->add_flag("--json", arguments->json, "JSON instead of CSV");
   command->footer(

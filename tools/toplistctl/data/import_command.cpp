@@ -161,6 +161,7 @@ void add_subject(CLI::App& app, const Subject& subject, int& exit_status) {
   CLI::App* command = app.add_subcommand(subject.name, subject.description);
   add_site_option(*command, arguments->site);
   command->add_option("file", arguments->file, "The CSV file, \"-\" for standard input")
+      ->type_name("FILE")
       ->required();
   command->add_flag("--no-wait", arguments->no_wait,
                     "Give up, with status 2, while a run is under way");

@@ -120,8 +120,10 @@ void add_render_command(CLI::App& app, int& exit_status) {
       "  toplistctl render --diff index.tpl\n"
       "  toplistctl render --all --into /tmp/preview");
   add_site_option(*command, arguments->site);
-  CLI::Option* name = command->add_option("template", arguments->name,
-                                          "A name as in the definitions, or a page's path");
+  CLI::Option* name = command
+                          ->add_option("template", arguments->name,
+                                       "A name as in the definitions, or a page's path")
+                          ->type_name("TEMPLATE");
   CLI::Option* record = command
                             ->add_option("--record", arguments->record,
                                          "This record of the definitions, of several with TEMPLATE")

@@ -34,7 +34,9 @@ void add_init_command(CLI::App& app, int& exit_status) {
   command->footer(std::string("An empty site:\n"
                               "  toplistctl init /srv/mysite\n") +
                   kInitHarvestExample);
-  command->add_option("directory", arguments->directory, "New or empty")->required();
+  command->add_option("directory", arguments->directory, "New or empty")
+      ->type_name("DIR")
+      ->required();
   add_harvest_of_option(*command, arguments->harvested_site);
   command->callback([arguments, &exit_status] { exit_status = init(*arguments); });
 }

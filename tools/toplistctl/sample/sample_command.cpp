@@ -50,6 +50,7 @@ void add_sample_command(CLI::App& app, int& exit_status) {
       "  toplistctl sample /tmp/large --trades 10000 --toplists 20 --plain --no-pictures\n"
       "Exit status: 0 laid out, 2 not done.");
   command->add_option("directory", arguments->directory, "Empty, new, or a sample site already")
+      ->type_name("DIR")
       ->required();
   command->add_option("--trades", options.trades, "Records in the trade database")
       ->capture_default_str()

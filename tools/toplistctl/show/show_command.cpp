@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <ctime>
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <optional>
 
@@ -24,6 +23,7 @@ struct Arguments {
   bool json = false;
   bool csv = false;
   FiguresWanted figures;
+  std::string period{kPeriodNames[kPeriod24]};
   std::string sort_key;
   std::optional<std::int64_t> since;  ///< seconds
   bool summary = false;
@@ -51,6 +51,8 @@ int figures(const Arguments& arguments) {
                                   read_recent_figures};
   SiteView site(steps);
   FiguresWanted wanted = arguments.figures;
+  const auto* const period = std::find(kPeriodNames.begin(), kPeriodNames.end(), arguments.period);
+  wanted.period = static_cast<Period>(period - kPeriodNames.begin());
   if (!arguments.sort_key.empty()) wanted.order_by = *order_value_named(arguments.sort_key);
   return print_read(kSumPath, show_figures(site, wanted, arguments.format()));
 }
@@ -76,12 +78,8 @@ int log(const Arguments& arguments) {
 void add_no_options(CLI::App& /*command*/, Arguments& /*arguments*/) {}
 
 void add_figures_options(CLI::App& command, Arguments& arguments) {
-  std::map<std::string, Period> periods;
-  for (std::size_t i = 0; i < kPeriodCount; ++i) {
-    periods.emplace(kPeriodNames[i], static_cast<Period>(i));
-  }
-  command.add_option("--period", arguments.figures.period, "60, 24, 07 or 99; 24 if not given")
-      ->transform(CLI::Transformer(periods))
+  command.add_option("--period", arguments.period, "24 if not given")
+      ->check(CLI::IsMember(std::vector<std::string>(kPeriodNames.begin(), kPeriodNames.end())))
       ->type_name("PERIOD");
   command
       .add_option("--sort", arguments.sort_key,

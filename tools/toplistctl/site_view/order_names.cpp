@@ -1,5 +1,7 @@
 #include "toplistctl/site_view/order_names.h"
 
+#include <algorithm>
+
 #include "toplist/ranking.h"
 #include "util/number.h"
 
@@ -25,10 +27,18 @@ std::string name_of_value(std::size_t value) {
 
 std::optional<std::string> order_value_named(std::string_view text) {
   if (is_order_value(text)) return std::string(text);
+  const std::vector<std::string> names = order_value_names();
+  const auto at = std::find(names.begin(), names.end(), text);
+  if (at == names.end()) return std::nullopt;
+  return std::to_string(at - names.begin() + 1);
+}
+
+std::vector<std::string> order_value_names() {
+  std::vector<std::string> names;
   for (std::size_t value = 1; value <= kPeriodNames.size() * kOrderKinds.size(); ++value) {
-    if (text == name_of_value(value)) return std::to_string(value);
+    names.push_back(name_of_value(value));
   }
-  return std::nullopt;
+  return names;
 }
 
 std::string order_value_name(std::string_view order_by) {

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "run/trade_row.h"
 
@@ -21,6 +22,9 @@ inline constexpr std::array<std::string_view, 15> kOrderKinds{
 /// The order-by value, "1" to "60", that `text` is or names: "16", "rin24", "clk24/rin24",
 /// "further1_24".
 std::optional<std::string> order_value_named(std::string_view text);
+
+/// The names of the order-by values, in their order.
+std::vector<std::string> order_value_names();
 
 /// The name of an order-by value, such as "rin24" for "16". That of "16" for any other text, which
 /// is what a run ranks by.

@@ -9,6 +9,7 @@
 #include "toplist/filters.h"
 #include "toplist/toplist_stage.h"
 #include "toplistctl/site_view/real_path.h"
+#include "toplistctl/site_view/run_inputs.h"
 #include "toplistctl/site_view/writable.h"
 
 namespace toplist::ctl {
@@ -18,18 +19,6 @@ using Kind = Prospect::Kind;
 
 std::string cannot_open(const std::string& path, int error) {
   return "cannot open " + path + ": " + std::generic_category().message(error);
-}
-
-/// The files that a run reads when it builds the toplist.
-std::vector<std::string> inputs_of(const ToplistDefinition& definition,
-                                   const std::vector<ToplistSetting>& settings) {
-  std::vector<std::string> inputs = {definition.template_path};
-  const std::string template_name = definition.template_path.substr(kTemplateFolder.size());
-  for (const ToplistSetting& setting : settings) {
-    if (setting.key != kGroupKey || setting.template_name != template_name) continue;
-    if (auto path = group_path(setting.value)) inputs.push_back(std::move(*path));
-  }
-  return inputs;
 }
 
 Prospect skipped(const ToplistDefinition& definition) {
@@ -76,7 +65,7 @@ Prospect Rehearsal::try_to_build(const ToplistDefinition& definition) {
 }
 
 std::optional<std::string> Rehearsal::replaced_input(const ToplistDefinition& definition) const {
-  for (const std::string& input : inputs_of(definition, run_.settings)) {
+  for (const std::string& input : toplist_inputs(definition, run_.settings)) {
     const auto page = pages_.find(real_path(input));
     if (page == pages_.end()) continue;
     return input + " is the page of record " + std::to_string(page->second);

@@ -70,13 +70,19 @@ bool SiteStatus::is_fine() const {
   return pages_fine && (pages_only || (log_lines.empty() && !running_late));
 }
 
+std::vector<PageStatus> page_statuses(const SiteView& site, std::int64_t limit, std::time_t now) {
+  std::vector<PageStatus> pages;
+  for (const ToplistView& toplist : site.toplists) {
+    pages.push_back(page_status(toplist, limit, now));
+  }
+  return pages;
+}
+
 SiteStatus status_of(const SiteView& site, const StatusLimits& limits, std::time_t now) {
   SiteStatus status;
   status.pages_only = limits.pages_only;
   status.ending = site.rehearsal.ending();
-  for (const ToplistView& toplist : site.toplists) {
-    status.pages.push_back(page_status(toplist, limits.page_age, now));
-  }
+  status.pages = page_statuses(site, limits.page_age, now);
   status.log_lines = own_log_lines(status.pages, limits, now);
   status.running = lock_holder();
   status.running_late =

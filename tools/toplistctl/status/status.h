@@ -33,6 +33,9 @@ struct PageStatus {
   bool late;  ///< a run is to build it, and it is missing or older than the limit
 };
 
+/// The pages of all toplists at the time `now`; late are those older than `limit` seconds.
+std::vector<PageStatus> page_statuses(const SiteView& site, std::int64_t limit, std::time_t now);
+
 /// Whether a site's schedule is alive.
 struct SiteStatus {
   std::vector<PageStatus> pages = {};
@@ -51,6 +54,9 @@ struct SiteStatus {
 
 /// The status at the time `now`.
 SiteStatus status_of(const SiteView& site, const StatusLimits& limits, std::time_t now);
+
+/// Such as "4m" or "3d 2h": the two largest units.
+std::string duration_text(std::int64_t seconds);
 
 /// For people; for programs, see toplistctl(1); and in the text format of metrics that
 /// node_exporter's textfile collector takes.

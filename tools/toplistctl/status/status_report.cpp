@@ -17,26 +17,6 @@ std::string verdict(const PageStatus& page) {
   return (fault.empty() ? "" : fault + ", ") + page.next_run.text();
 }
 
-/// Such as "4m" or "3d 2h": the two largest units.
-std::string duration_text(std::int64_t seconds) {
-  struct Unit {
-    const char* name;
-    std::int64_t seconds;
-  };
-  constexpr std::array<Unit, 4> kUnits{
-      {{"d", kDaySeconds}, {"h", 60 * kMinuteSeconds}, {"m", kMinuteSeconds}, {"s", 1}}};
-  std::string text;
-  int shown = 0;
-  for (const Unit& unit : kUnits) {
-    const std::int64_t count = seconds / unit.seconds;
-    seconds %= unit.seconds;
-    if (count == 0 && shown == 0 && unit.seconds > 1) continue;
-    if (shown++ == 2) break;
-    text += (text.empty() ? "" : " ") + std::to_string(count) + unit.name;
-  }
-  return text;
-}
-
 std::string pages_table(const SiteStatus& status) {
   Table table({{"RECORD", Table::Align::right}, {"PAGE"}, {"AGE", Table::Align::right}, {"IS"}});
   for (const PageStatus& page : status.pages) {
@@ -97,8 +77,9 @@ void append_head(std::string& text, const std::string& name, const std::string& 
   text += "# HELP " + name + " " + help + "\n# TYPE " + name + " gauge\n";
 }
 
-/// A label's value: backslash, quote and line feed are escaped.
-std::string label_value(std::string text) {
+/// A label's value: UTF-8, in which backslash, quote and line feed are escaped.
+std::string label_value(const std::string& raw) {
+  std::string text = as_utf8(raw);
   replace_all(text, "\\", "\\\\");
   replace_all(text, "\"", "\\\"");
   replace_all(text, "\n", "\\n");
@@ -106,6 +87,25 @@ std::string label_value(std::string text) {
 }
 
 }  // namespace
+
+std::string duration_text(std::int64_t seconds) {
+  struct Unit {
+    const char* name;
+    std::int64_t seconds;
+  };
+  constexpr std::array<Unit, 4> kUnits{
+      {{"d", kDaySeconds}, {"h", 60 * kMinuteSeconds}, {"m", kMinuteSeconds}, {"s", 1}}};
+  std::string text;
+  int shown = 0;
+  for (const Unit& unit : kUnits) {
+    const std::int64_t count = seconds / unit.seconds;
+    seconds %= unit.seconds;
+    if (count == 0 && shown == 0 && unit.seconds > 1) continue;
+    if (shown++ == 2) break;
+    text += (text.empty() ? "" : " ") + std::to_string(count) + unit.name;
+  }
+  return text;
+}
 
 std::string status_text(const SiteStatus& status) {
   std::string text = pages_table(status) + "\n";
@@ -144,8 +144,9 @@ std::string status_metrics(const SiteStatus& status) {
   append_head(text, ages, "Age of a page.");
   std::set<std::string> told;  // a page may be that of several toplists
   for (const PageStatus& page : status.pages) {
-    if (!page.age || !told.insert(page.page).second) continue;
-    text += ages + "{page=\"" + label_value(page.page) + "\"} " + std::to_string(*page.age) + "\n";
+    const std::string label = label_value(page.page);
+    if (!page.age || !told.insert(label).second) continue;
+    text += ages + "{page=\"" + label + "\"} " + std::to_string(*page.age) + "\n";
   }
   for (const Metric& metric : kMetrics) {
     append_head(text, metric.name, metric.help);

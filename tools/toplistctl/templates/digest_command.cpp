@@ -74,6 +74,7 @@ void add_digest_command(CLI::App& app, int& exit_status) {
   command
       ->add_option("template", arguments->templates,
                    "Names as in the definitions, or with \"d/tl/\" in front")
+      ->type_name("TEMPLATE")
       ->required();
   command->add_flag("--update", arguments->update,
                     "Also write the values into the definitions, d/tl/tl");

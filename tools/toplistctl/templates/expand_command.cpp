@@ -137,7 +137,9 @@ void add_expand_command(CLI::App& app, int& exit_status) {
       "  toplistctl expand d/tl/top50.tpl.src | less\n"
       "  toplistctl expand --install d/tl/top50.tpl.src\n"
       "Exit status: 0 written, 1 faults found and nothing written, 2 not done.");
-  command->add_option("source", arguments->source, "A template with directives")->required();
+  command->add_option("source", arguments->source, "A template with directives")
+      ->type_name("FILE")
+      ->required();
   CLI::Option* output = command->add_option("--output", arguments->output,
                                             "Write the template into this file, in one step");
   output->type_name("FILE");

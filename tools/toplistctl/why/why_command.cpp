@@ -57,7 +57,9 @@ void add_why_command(CLI::App& app, int& exit_status) {
       "  toplistctl why alpine-trails.example\n"
       "  toplistctl why 101 --toplist index.tpl --json");
   add_site_option(*command, arguments->site);
-  command->add_option("trade", arguments->trade, "A trade's number or domain")->required();
+  command->add_option("trade", arguments->trade, "A trade's number or domain")
+      ->type_name("TRADE")
+      ->required();
   command
       ->add_option("--toplist", arguments->toplist,
                    "Only this one: a name as in the definitions, or a page's path")
