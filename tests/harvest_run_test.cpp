@@ -1,7 +1,6 @@
 // Whole runs that harvest thumbnails: over the loopback network, and with stand-ins for the tools.
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
@@ -29,22 +28,6 @@ namespace toplist::test {
 namespace {
 
 constexpr std::size_t kFirstVisited = 11;
-
-/// Stands in for the download tool: notes its words, and copies what the site keeps of the web.
-constexpr const char* kFetchScript =
-    "#!/bin/sh\n"
-    "words=$(printf '<%s>' \"$@\")\n"
-    "printf '%s\\n' \"$words\" >>fetch.log\n"
-    "cp \"web/$(printf %s \"$5\" | tr / _)\" \"$4\" 2>/dev/null\n";
-
-/// Stands in for the image tool: notes its words.
-constexpr const char* kToolScript =
-    "#!/bin/sh\n"
-    "words=$(printf '<%s>' \"$@\")\n"
-    "printf '%s\\n' \"$words\" >>tool.log\n";
-
-/// A command that nobody should run.
-constexpr const char* kTrapScript = "#!/bin/sh\ntouch executed\n";
 
 struct Visit {
   std::string domain;
@@ -86,9 +69,7 @@ class HarvestSite : public Site {
  public:
   explicit HarvestSite(const Visits& visits) : Site(std::vector<Trade>{}) {
     for (const char* name : {"l/sys/net", "bin", "web"}) make_dir(name);
-    write_script("bin/fetch", kFetchScript);
-    write_script("bin/tool", kToolScript);
-    write_script("bin/trap", kTrapScript);
+    for (const char* tool : {"fetch", "tool", "trap"}) add_stand_in(tool, tool);
     configure("2");
     std::string index;
     for (std::size_t i = 0; i < kFirstVisited; ++i) {
@@ -149,11 +130,6 @@ class HarvestSite : public Site {
   }
 
  private:
-  void write_script(const std::string& name, const char* text) const {
-    write(name, text);
-    ::chmod(path(name).c_str(), 0700);
-  }
-
   [[nodiscard]] std::string tools() const { return path("bin") + ":/usr/local/bin:/usr/bin:/bin"; }
 };
 
@@ -253,19 +229,15 @@ TEST(TradeHarvest, StoresNothingOutsideOfTheThumbnailFolder) {
   } cases[] = {
       {"t/", "d.e", "t/d.e.jpg"},
       {"t/", "/d.e", "t//d.e.jpg"},
-      {"t/", "a/./b", "t/a/./b.jpg"},
       {"t/", "a/..b/c", "t/a/..b/c.jpg"},
-      {"t/", "..", "t/...jpg"},
       {"t/", "a/..", "t/a/...jpg"},
       {"t/", "../d.e", ""},
       {"t/", "a/../d.e", ""},
-      {"", "d.e", "d.e.jpg"},
       {"", "/d.e", ""},
       {"", "../d.e", ""},
       {"t/x_", "../d.e", "t/x_../d.e.jpg"},
       {"t/.", "./d.e", ""},
       {"../t/", "d.e", "../t/d.e.jpg"},
-      {"/t/", "a/d.e", "/t/a/d.e.jpg"},
       {"/t/", "..//d.e", ""},
   };
   for (const auto& c : cases) {
@@ -293,7 +265,7 @@ TEST(HarvestRun, ADownloadLargerThanTheMemoryEndsThatTradesHarvestOnly) {
   const HarvestSite site(Visits{{"huge.e", "http://huge.e/"}, {"d.e", "http://h.e/"}});
   site.serve_partner("h.e");
   site.write("bin/fetch",
-             std::string(kFetchScript) + "case $5 in *huge*) truncate -s 1T \"$4\" ;; esac\n");
+             site.read("bin/fetch") + "case $5 in *huge*) truncate -s 1T \"$4\" ;; esac\n");
   EXPECT_EQ(site.harvest("-v 4000000"), RunResult{});  // KiB
   site.remove("l/sys/net");                            // which holds it still
   EXPECT_EQ(site.listing("l/thumbs"), (Files{{"d.e.jpg", kPicture}}));

@@ -71,23 +71,16 @@ const struct {
     {"<p>text<a class=b href=/x c=d>more<img alt=e src=p.jpg width=1></a>",
      "http://h.example/p.jpg"},
     {"<a href=/x><img src=http://far.example/p.jpg></a>", "http://far.example/p.jpg"},
-    {"<A HREF=/X><IMG SRC=/P.JPG></A>", "http://h.example/p.jpg"},
     {"<a href=/x><img src=/p></a><a href=/y><img src=/q></a>", "http://h.example/p"},
     {"<a href=/x>no picture</a><a href=/y><img src=/q></a>", ""},  // only the first link counts
-    {"</a><a href=/x><img src=/p.jpg></a>", "http://h.example/p.jpg"},
-    {"<area><a\thref=/x><img src=/p.jpg></a>", ""},
     // Missing pieces.
     {"<a href=/x><img src=/p.jpg>", ""},
-    {"<a name=x><img src=/p.jpg></a>", ""},
     {"<a href=/x><img alt=x></a>", ""},
     {"<a src=/p.jpg href=/x><img alt=x></a>", ""},  // the picture's "src=" is behind the "<img "
-    {"<a href=/x><imgx src=/p.jpg></a>", ""},
     // Only the space and ">" end a value.
     {"<a href=/x><img src=/p.jpg\nalt=x></a>", "http://h.example/p.jpg\nalt=x"},
     // Quotes go, with the character behind each one passed over.
     {"<a href=/x><img src=\"\"\"/p.jpg></a>", "http://h.example/\"/p.jpg"},
-    {"<a href=/x><img src='''/p'.jpg></a>", "http://h.example/'/p.jpg"},
-    {"<a href=/x><img src=\"'/p.jpg'\"></a>", "http://h.example/p.jpg"},
     {"<a href=/x><img src=/a\"$(x)\";b></a>", "http://h.example/a$(x);b"},
     // One blank behind the equals sign goes.
     {"<a href=/x><img src=  /p.jpg></a>", "http://h.example/"},
@@ -97,10 +90,7 @@ const struct {
     {"<a href=http://www.h.example/x><img src=p></a>", "http://h.example/p"},
     {"<a href=http://h.example.far.example/><img src=p></a>", "http://h.example/p"},
     {"<a href=HTTP://H.EXAMPLE><img src=p></a>", "http://h.example/p"},
-    {"<a href=http://far.example/h.example><img src=p></a>", ""},
     {"<a href=http://sub.h.example/><img src=p></a>", ""},
-    {"<a href=https://far.example/><img src=p></a>", "http://h.example/p"},
-    {"<a href=/x?JavaScript><img src=p></a>", ""},
     {"<a href=/x onclick=javascript:open()><img src=p></a>", "http://h.example/p"},
 };
 

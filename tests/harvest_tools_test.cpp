@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "support/site.h"
+#include "support/text_cases.h"
 #include "toplistctl/harvest/explain.h"
 #include "toplistctl/harvest/harvest_root.h"
 
@@ -20,20 +21,11 @@ namespace {
 namespace fs = std::filesystem;
 using namespace toplist::ctl;
 
-/// Stands in for a downloader: every page has one picture.
-constexpr const char* kFetchScript =
-    "#!/bin/sh\n"
-    "case $5 in\n"
-    "*/12345) head -c 3000 /dev/zero | tr '\\0' 'p' >\"$4\" ;;\n"
-    "*) echo '<a href=/><img src=/12345></a>' >\"$4\" ;;\n"
-    "esac\n";
-
 /// A site that harvests its last trade, "t12.example", with a stand-in for the downloader.
 struct HarvestedSite : Site {
   HarvestedSite() {
     for (const char* name : {"bin", "l/sys/net"}) make_dir(name);
-    write("bin/fetch", kFetchScript);
-    ::chmod(path("bin/fetch").c_str(), 0700);
+    add_stand_in("fetch-one-picture", "fetch");
     write("d/tl/vantaig",
           site::encode_harvest_file({.image_tool = ":", .fetch_method = "2", .harvest = "1"}));
     add_toplist("top", "%%tid_000%%\n");
@@ -99,7 +91,7 @@ TEST(HarvestRoot, IsLaidOutWhollyOrNotAtAll) {
   }
   const HarvestedSite site;
   EXPECT_NE(lay_out_harvest_root(site.path(""), site.path("bin")), "");
-  EXPECT_EQ(site.read("bin/fetch"), kFetchScript);
+  EXPECT_NE(site.read("bin/fetch"), "");
   EXPECT_NE(lay_out_harvest_root(site.path("bin"), site.path("root")), "");
   EXPECT_FALSE(fs::exists(site.path("root")));
 }
@@ -135,43 +127,19 @@ std::string account(const Web& web, const site::HarvestFile& config, std::size_t
 }
 
 TEST(Explain, TellsWhyEachPictureIsRefusedOrTaken) {
-  const std::string head = "HTTP/1.1 200 OK\r\n\r\n", kept(2100, 'p');
-  const auto response = [&head](const std::string& body) { return RawResponse{head + body}; };
-  const Web web = {
-      {"http://www.a.e/in", response("<a href=/>text</a><a href=http://b.e/><img src=x></a>"
-                                     "<a href=/><img src=/Logo-12345></a>"
-                                     "<a href=/><img src=http://none.e/12345\x1b></a>"
-                                     "<a href=/><img src=/small12345></a>"
-                                     "<a href=/><img src=/page12345\n></a>"
-                                     "<a href=/><img src=/kept12345></a>"
-                                     "<a href=/><img src=/further12345></a>")},
-      {"http://a.e/small12345", response("small")},
-      {"http://a.e/page12345", RawResponse{"HTTP/1.1 404 Not Found\r\n\r\n<html>"}},
-      {"http://a.e/kept12345", response(kept)},
+  const auto response = [](const std::string& body) {
+    return RawResponse{"HTTP/1.1 200 OK\r\n\r\n" + body};
   };
-  EXPECT_EQ(account(web, {.image_tool = "tool", .image_tool_args = "x", .harvest = "1"}, 11),
-            "Page: http://www.a.e/in\n"
-            "  292 bytes, beginning \"HTTP/1.1 200 OK\"\n"
-            "Link 1\n"
-            "  refused: the link holds no picture\n"
-            "Link 2\n"
-            "  refused: the link leads to another site\n"
-            "Link 3: http://a.e/logo-12345\n"
-            "  refused: its address holds \"logo\"\n"
-            "Link 4: http://none.e/12345?\n"
-            "  nothing came: the host is not known\n"
-            "  refused: fewer than 2048 bytes\n"
-            "Link 5: http://a.e/small12345\n"
-            "  24 bytes, beginning \"HTTP/1.1 200 OK\"\n"
-            "  refused: fewer than 2048 bytes\n"
-            "Link 6: http://a.e/page12345?\n"
-            "  32 bytes, beginning \"HTTP/1.1 404 Not Found\"\n"
-            "  refused: fewer than 2048 bytes\n"
-            "Link 7: http://a.e/kept12345\n"
-            "  2119 bytes, beginning \"HTTP/1.1 200 OK\"\n"
-            "  taken: a run stores 2100 bytes as l/thumbs/a.e.jpg and runs\n"
-            "    tool l/thumbs/a.e.jpg x l/thumbs/a.e.jpg\n"
-            "End: 2048 bytes or more have come.\n");
+  for (TextCase& c : read_text_cases("explain_cases.txt")) {
+    const Web web = {
+        {"http://www.a.e/in", response(c.texts["page"])},
+        {"http://a.e/small12345", response("small")},
+        {"http://a.e/page12345", RawResponse{"HTTP/1.1 404 Not Found\r\n\r\n<html>"}},
+        {"http://a.e/kept12345", response(std::string(2100, 'p'))},
+    };
+    EXPECT_EQ(account(web, {.image_tool = "tool", .image_tool_args = "x", .harvest = "1"}, 11),
+              c.texts["account"]);
+  }
 }
 
 TEST(Explain, TellsWhatKeepsARunFromTryingAtAll) {

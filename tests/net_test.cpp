@@ -281,6 +281,10 @@ TEST(Downloader, OrdinaryCommandsAreByteForByteTheDocumentedOnes) {
   const std::string arguments = path + " \"" + url + "\"";
   for (const Tool& tool : kTools) {
     EXPECT_EQ(download_command(tool.downloader, path, url), tool.prefix + arguments);
+    const std::string brackets =
+        tool.fetch == fetch_with_curl ? "\\[1-3\\]\\{a,b\\}" : "[1-3]{a,b}";
+    EXPECT_EQ(download_command(tool.downloader, "t", "http://h/[1-3]{a,b}"),
+              tool.prefix + std::string("t \"http://h/") + brackets + "\"");
   }
 }
 
@@ -303,14 +307,6 @@ TEST(Downloader, HostileAddressesAndHostsReachTheToolAsTheyAre) {
                 words_with(tool, text));
     }
   }
-}
-
-TEST(Downloader, OnlyCurlGetsItsBracketsEscaped) {
-  const std::string url = "http://h/[1-3]{a,b}";
-  EXPECT_EQ(download_command(kCurl, "t", url),
-            "curl -S --connect-timeout 3 -o t \"http://h/\\[1-3\\]\\{a,b\\}\"");
-  EXPECT_EQ(download_command(kFetch, "t", url), "fetch -q -T3 -o t \"" + url + "\"");
-  EXPECT_EQ(download_command(kWget, "t", url), "wget -q -T3 -t1 -O t \"" + url + "\"");
 }
 
 TEST(Fetchers, RefuseControlCharactersAndOptions) {

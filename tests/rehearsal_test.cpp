@@ -35,9 +35,20 @@ struct SiteWithThree : Site {
 };
 
 struct Ending {
-  const char* foreseen;  ///< of the three toplists, one a line
+  std::string foreseen;  ///< of the three toplists, one a line
   void (*plant)(const SiteWithThree& site);
 };
+
+/// What is foreseen when the run ends at the second toplist.
+std::string end_of_run(const std::string& reason) {
+  return "built\nthe run ends here: " + reason + "\nthe run ends before: at record 2, " + reason +
+         "\n";
+}
+
+std::string no_prospect(const std::string& reason) {
+  return "built\ncannot be foreseen: " + reason + "\ncannot be foreseen: at record 2, " + reason +
+         "\n";
+}
 
 const Ending kEndings[] = {
     {"built\nbuilt\nbuilt\n", [](const SiteWithThree&) {}},
@@ -47,31 +58,19 @@ const Ending kEndings[] = {
      [](const SiteWithThree& s) { s.define("none.tpl", "b.html", "1"); }},
 
     // --- ends at a toplist ---
-    {"built\n"
-     "the run ends here: cannot open d/tl/none.tpl: No such file or directory\n"
-     "the run ends before: at record 2, cannot open d/tl/none.tpl: No such file or directory\n",
+    {end_of_run("cannot open d/tl/none.tpl: No such file or directory"),
      [](const SiteWithThree& s) { s.define("none.tpl", "b.html"); }},
-    {"built\n"
-     "the run ends here: cannot open none/b.html: No such file or directory\n"
-     "the run ends before: at record 2, cannot open none/b.html: No such file or directory\n",
+    {end_of_run("cannot open none/b.html: No such file or directory"),
      [](const SiteWithThree& s) { s.define("b.tpl", "none/b.html"); }},
-    {"built\n"
-     "the run ends here: cannot open d/gr: Is a directory\n"
-     "the run ends before: at record 2, cannot open d/gr: Is a directory\n",
+    {end_of_run("cannot open d/gr: Is a directory"),
      [](const SiteWithThree& s) { s.define("b.tpl", "d/gr"); }},
-    {"built\n"
-     "the run ends here: d/tl/b.tpl, line 2: a \"%%\" there, or in a value put in there, is too "
-     "close to the end of the line\n"
-     "the run ends before: at record 2, d/tl/b.tpl, line 2: a \"%%\" there, or in a value put in "
-     "there, is too close to the end of the line\n",
+    {end_of_run(
+         "d/tl/b.tpl, line 2: a \"%%\" there, or in a value put in there, is too close to the "
+         "end of the line"),
      [](const SiteWithThree& s) { s.write("d/tl/b.tpl", "%%tid_000%%\n50%%\n"); }},
-    {"built\n"
-     "cannot be foreseen: d/tl/b.tpl is the page of record 1\n"
-     "cannot be foreseen: at record 2, d/tl/b.tpl is the page of record 1\n",
+    {no_prospect("d/tl/b.tpl is the page of record 1"),
      [](const SiteWithThree& s) { s.define("b.tpl", "b.html", "2", "d/tl/../tl/b.tpl"); }},
-    {"built\n"
-     "cannot be foreseen: d/gr/g is the page of record 1\n"
-     "cannot be foreseen: at record 2, d/gr/g is the page of record 1\n",
+    {no_prospect("d/gr/g is the page of record 1"),
      [](const SiteWithThree& s) {
        s.define("b.tpl", "b.html", "2", "d/gr/g");
        s.add_setting("b", "group=g");

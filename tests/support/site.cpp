@@ -119,6 +119,10 @@ void Site::replace_by_dir(const std::string& name) const {
   make_dir(name);
 }
 
+void Site::add_stand_in(const std::string& script, const std::string& tool) const {
+  fs::copy_file(TOPLIST_TEST_DATA "/stand-ins/" + script, path("bin/" + tool));
+}
+
 RunResult Site::start(const Start& how) const {
   const TempDir output;
   // No core file: an abnormal stop is expected at times.

@@ -73,6 +73,8 @@ class Site {
   void remove(const std::string& name) const;
   void make_dir(const std::string& name) const;
   void replace_by_dir(const std::string& name) const;
+  /// Puts a script of tests/data/stand-ins into the folder "bin", which must be there.
+  void add_stand_in(const std::string& script, const std::string& tool) const;
 
   [[nodiscard]] RunResult start(const Start& how) const;
   [[nodiscard]] RunResult run() const { return start({}); }
