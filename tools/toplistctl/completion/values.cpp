@@ -5,6 +5,8 @@
 
 #include "run/trade_record.h"
 #include "toplist/definitions.h"
+#include "toplistctl/check/finding.h"
+#include "toplistctl/check/kinds.h"
 #include "toplistctl/site_view/order_names.h"
 #include "toplistctl/site_view/site_file.h"
 
@@ -28,10 +30,23 @@ std::vector<std::string> domains() {
   return names;
 }
 
+std::vector<std::string> effects() {
+  std::vector<std::string> names;
+  for (const EffectName& effect : kEffects) names.emplace_back(effect.word);
+  return names;
+}
+
+std::vector<std::string> finding_kinds() {
+  std::vector<std::string> names;
+  for (const Kind* kind : kinds::kAll) names.emplace_back(kind->name);
+  return names;
+}
+
 constexpr ValueType kValueTypes[] = {
-    {"DIR", "directory", nullptr},  {"FILE", "file", nullptr}, {"FOLDER", "directory", nullptr},
-    {"KEY", "", order_value_names}, {"NAME", "user", nullptr}, {"SITE", "directory", nullptr},
-    {"TEMPLATE", "", templates},    {"TRADE", "", domains},
+    {"DIR", "directory", nullptr}, {"FILE", "file", nullptr},      {"FOLDER", "directory", nullptr},
+    {"EFFECT", "", effects},       {"KIND", "", finding_kinds},    {"KEY", "", order_value_names},
+    {"NAME", "user", nullptr},     {"SITE", "directory", nullptr}, {"TEMPLATE", "", templates},
+    {"TRADE", "", domains},
 };
 
 }  // namespace
