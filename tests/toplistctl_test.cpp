@@ -40,8 +40,8 @@ TEST(Toplistctl, HelpAndVersionAreThereOnEveryLevel) {
         "expand none", "expand --site . x.src", "init"}) {
     EXPECT_EQ(run_ctl(site, arguments), 2) << arguments;
   }
-  for (const char* arguments :
-       {"frob", "show frob", "render --frob", "check --ignore frob", "check --min-effect frob"}) {
+  for (const char* arguments : {"frob", "show frob", "render --frob", "render --all --frob x",
+                                "check --ignore frob", "check --min-effect frob"}) {
     EXPECT_EQ(run_ctl(site, arguments), 2) << arguments;
     EXPECT_NE(site.read("out").find("frob"), std::string::npos) << arguments;
   }

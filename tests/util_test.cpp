@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -22,6 +23,7 @@
 #include "util/number.h"
 #include "util/text.h"
 #include "util/text_column.h"
+#include "util/uninterrupted.h"
 #include "util/unique_fd.h"
 
 namespace toplist {
@@ -212,6 +214,29 @@ TEST(File, DescriptorsAreOwnedAndCloseOnExec) {
   first = std::move(third);
   EXPECT_EQ(first.get(), taken);
   EXPECT_EQ(::fcntl(replaced, F_GETFD), -1);
+}
+
+TEST(File, CallsAreMadeAgainOnlyWhenASignalCutThemShort) {
+  struct Outcome {
+    int result;
+    int error;
+  };
+  const struct {
+    std::vector<Outcome> outcomes;  // of one call after the other
+    int result;
+  } cases[] = {
+      {{{-1, EINTR}, {-1, EINTR}, {3, 0}, {4, 0}}, 3},
+      {{{-1, EIO}, {1, 0}}, -1},
+      {{{0, EINTR}, {1, 0}}, 0},  // the error of an earlier call
+  };
+  for (const auto& c : cases) {
+    auto outcome = c.outcomes.begin();
+    const int result = uninterrupted([&outcome] {
+      errno = outcome->error;
+      return outcome++->result;
+    });
+    EXPECT_EQ(result, c.result);
+  }
 }
 
 TEST(File, ReadsWhatComesInPieces) {

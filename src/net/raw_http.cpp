@@ -19,6 +19,7 @@
 
 #include "net/response_reader.h"
 #include "util/text.h"
+#include "util/uninterrupted.h"
 
 namespace toplist {
 namespace {
@@ -81,12 +82,11 @@ std::optional<in_addr> resolve(const std::string& host) {
 bool wait_for(int fd, short events, int seconds) {
   using Clock = std::chrono::steady_clock;
   const auto end = Clock::now() + std::chrono::seconds(seconds);
-  for (;;) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
-    pollfd polled{fd, events, 0};
-    const int count = ::poll(&polled, 1, std::max(0, static_cast<int>(left.count())));
-    if (count >= 0 || errno != EINTR) return count > 0;
-  }
+  pollfd polled{fd, events, 0};
+  return uninterrupted([&] {
+           const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+           return ::poll(&polled, 1, std::max(0, static_cast<int>(left.count())));
+         }) > 0;
 }
 
 bool connect_in_time(int fd, in_addr address, std::uint16_t port) {
@@ -123,13 +123,6 @@ std::string_view open_connection(int fd, const std::string& host, std::uint16_t 
   return {};
 }
 
-ssize_t receive_some(int fd, std::array<char, kReceiveBytes>& buffer) {
-  for (;;) {
-    const ssize_t count = ::recv(fd, buffer.data(), buffer.size(), 0);
-    if (count >= 0 || errno != EINTR) return count;
-  }
-}
-
 /// Receives to the end of the stream or up to the limit. An error ends it like the stream's end:
 /// repeating the call would repeat the error.
 ///
@@ -141,7 +134,8 @@ std::string receive_response(int fd) {
   std::array<char, kReceiveBytes> buffer{};
   bool done_sending = false;
   while (response.size() < kReceiveLimitBytes) {
-    const ssize_t count = receive_some(fd, buffer);
+    const ssize_t count =
+        uninterrupted([&] { return ::recv(fd, buffer.data(), buffer.size(), 0); });
     if (count <= 0) break;
     response.append({buffer.data(), static_cast<std::size_t>(count)});
     if (done_sending || !response.is_complete()) continue;
@@ -157,8 +151,7 @@ void send_request(int fd, std::string_view request) {
   ::setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
   // The result is of no interest: without a response the wait for it ends the fetch. A peer that
   // has gone must not end the run by a signal.
-  while (::send(fd, request.data(), request.size(), MSG_NOSIGNAL) < 0 && errno == EINTR) {
-  }
+  uninterrupted([&] { return ::send(fd, request.data(), request.size(), MSG_NOSIGNAL); });
 }
 
 }  // namespace

@@ -4,8 +4,9 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <utility>
+
+#include "util/uninterrupted.h"
 
 namespace toplist {
 namespace {
@@ -21,8 +22,7 @@ UniqueFd open_for_reading(const std::string& path) {
 std::size_t read_fully(int fd, char* bytes, std::size_t size) {
   std::size_t done = 0;
   while (done < size) {
-    const ssize_t count = ::read(fd, bytes + done, size - done);
-    if (count < 0 && errno == EINTR) continue;
+    const ssize_t count = uninterrupted([&] { return ::read(fd, bytes + done, size - done); });
     if (count <= 0) break;
     done += static_cast<std::size_t>(count);
   }
@@ -31,8 +31,7 @@ std::size_t read_fully(int fd, char* bytes, std::size_t size) {
 
 bool write_fully(int fd, std::string_view bytes) {
   while (!bytes.empty()) {
-    const ssize_t count = ::write(fd, bytes.data(), bytes.size());
-    if (count < 0 && errno == EINTR) continue;
+    const ssize_t count = uninterrupted([&] { return ::write(fd, bytes.data(), bytes.size()); });
     if (count <= 0) return false;
     bytes.remove_prefix(static_cast<std::size_t>(count));
   }

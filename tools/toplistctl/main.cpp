@@ -23,8 +23,9 @@ void add_version_flag(CLI::App& app) {
   for (CLI::App* command : app.get_subcommands({})) add_version_flag(*command);
 }
 
-/// CLI11 tells what is missing, but not of the word that stands in its place.
-int fail_for_missing(const CLI::App& app, const CLI::RequiredError& error) {
+/// CLI11 tells what is missing or does not go together, but not of the mistyped word that is the
+/// cause.
+int fail_for_words(const CLI::App& app, const CLI::ParseError& error) {
   const std::vector<std::string> unknown = app.remaining(true);
   if (unknown.empty()) return fail(std::string(error.what()) + "; see --help");
   return fail("there is no command or option \"" + unknown.front() + "\"; see --help");
@@ -39,7 +40,9 @@ int run(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::RequiredError& error) {
-    return fail_for_missing(app, error);
+    return fail_for_words(app, error);
+  } catch (const CLI::ExcludesError& error) {
+    return fail_for_words(app, error);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : kCouldNotLook;  // 0: help or version
   }

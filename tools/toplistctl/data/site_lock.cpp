@@ -8,15 +8,13 @@
 
 #include "toplistctl/output/console.h"
 #include "toplistctl/site_view/run_lock.h"
+#include "util/uninterrupted.h"
 
 namespace toplist::ctl {
 namespace {
 
 bool take(const UniqueFd& fd, int how) {
-  while (::flock(fd.get(), how) != 0) {
-    if (errno != EINTR) return false;
-  }
-  return true;
+  return uninterrupted([&] { return ::flock(fd.get(), how); }) == 0;
 }
 
 }  // namespace

@@ -60,10 +60,9 @@ void add_harvest_command(CLI::App& app, int& exit_status) {
   CLI::App* command =
       app.add_subcommand("harvest", "Tell what a harvest makes of a trade's page and pictures");
   command->footer(
-      "The page and its pictures are fetched as by a run; nothing is stored. Exit status: 0 when "
-      "a\n"
-      "picture would be stored, 1 when none would, 2 when that could not be tried.\n"
-      "  toplistctl harvest --site /srv/mysite --explain tea.example");
+      "The page and its pictures are fetched as by a run; nothing is stored.\n"
+      "Exit status: 0 a picture would be stored, 1 none would, 2 not tried.\n"
+      "Example: toplistctl harvest --site /srv/mysite --explain tea.example");
   add_site_option(*command, arguments->site);
   command->add_option("--explain", arguments->trade, "A trade's domain or number")
       ->type_name("TRADE")

@@ -12,6 +12,7 @@
 
 #include "toplistctl/output/printable.h"
 #include "util/file.h"
+#include "util/uninterrupted.h"
 
 namespace toplist::ctl {
 namespace {
@@ -68,8 +69,7 @@ int spawn(std::vector<std::string> command, int input, int output, pid_t& child)
 /// The exit status; -1 after an abnormal end.
 int wait_for(pid_t child) {
   int ended = 0;
-  while (::waitpid(child, &ended, 0) < 0 && errno == EINTR) {
-  }
+  uninterrupted([&] { return ::waitpid(child, &ended, 0); });
   return WIFEXITED(ended) ? WEXITSTATUS(ended) : -1;
 }
 
