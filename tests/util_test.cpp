@@ -193,6 +193,7 @@ TEST(File, ReadsWhatWasWritten) {
   EXPECT_EQ(buffer.text(), "");
   EXPECT_FALSE(write_file(dir.path() + "/no/file", "x"));
   EXPECT_FALSE(write_file(dir.path(), "x"));
+  EXPECT_FALSE(write_fully(UniqueFd(::open("/dev/full", O_WRONLY | O_CLOEXEC)).get(), "x"));
 }
 
 TEST(File, DescriptorsAreOwnedAndCloseOnExec) {
@@ -214,6 +215,19 @@ TEST(File, DescriptorsAreOwnedAndCloseOnExec) {
   first = std::move(third);
   EXPECT_EQ(first.get(), taken);
   EXPECT_EQ(::fcntl(replaced, F_GETFD), -1);
+}
+
+TEST(File, ADescriptorMayBeTheLowest) {
+  const int kept = ::dup(STDIN_FILENO);
+  ::close(STDIN_FILENO);
+  {
+    const UniqueFd lowest = open_for_reading("/dev/null");
+    EXPECT_TRUE(lowest);
+    EXPECT_EQ(lowest.get(), 0);
+  }
+  EXPECT_EQ(::fcntl(STDIN_FILENO, F_GETFD), -1);
+  ::dup2(kept, STDIN_FILENO);
+  ::close(kept);
 }
 
 TEST(File, CallsAreMadeAgainOnlyWhenASignalCutThemShort) {
@@ -252,8 +266,10 @@ TEST(File, ReadsWhatComesInPieces) {
     writing = UniqueFd();
   });
   char bytes[16] = {};
-  EXPECT_EQ(read_fully(reading.get(), bytes, sizeof bytes), 6U);
-  EXPECT_STREQ(bytes, "abcdef");
+  EXPECT_EQ(read_fully(reading.get(), bytes, 5), 5U);
+  EXPECT_STREQ(bytes, "abcde");
+  EXPECT_EQ(read_fully(reading.get(), bytes, sizeof bytes), 1U);
+  EXPECT_EQ(bytes[0], 'f');
   writer.join();
 }
 

@@ -16,23 +16,51 @@ never_visited=11 # trades at the start of a database
 declare -A networks=([nginx]=127.0.81 [apache2]=127.0.82 [lighttpd]=127.0.83)
 server_pids=()
 
-# partners SERVER COMMAND...: runs the command for each partner at the server, whose number, host, url
-# and row of the table it finds in variables.
+# Of the partner of this domain the address is told by the table of names, as if by the domain name
+# system; all others are visited by their numbers.
+named_partner=named.example
+names=$scratch/hosts
+as_named=() # what comes in front of a command that is to know the name; nothing where that can't be
+
+# Gives a command a table of names of its own, where this system lets us.
+offer_names() {
+  # shellcheck disable=SC2016  # for the shell behind unshare
+  local own_names=(unshare --mount --map-root-user
+    sh -c 'mount --bind "$0" /etc/hosts && exec "$@"' "$names")
+  echo "127.0.0.1 localhost" >"$names"
+  if "${own_names[@]}" true 2>/dev/null; then
+    as_named=("${own_names[@]}")
+  else
+    echo "skipped: a partner visited by its name, as this system grants no table of names of our own"
+  fi
+}
+
+# partners SERVER COMMAND...: runs the command for each partner at the server, whose number, host (the
+# address of its server), name, url and row of the table it finds in variables.
 partners() {
-  local server=$1 number=0 host url domain address page picture outcome=()
+  local server=$1 number=0 host name url domain address page picture outcome=()
   shift
   while read -r domain address page picture 'outcome[0]' 'outcome[1]' 'outcome[3]'; do
     number=$((number + 1))
     host=${networks[$server]}.$number
     domain=${domain/#HOST/$host}
     address=${address//N/$number}
-    url=http://$host$address
+    name=$host
+    if [[ $domain == "$named_partner" ]]; then
+      [[ ${#as_named[@]} -gt 0 ]] || continue
+      name=$domain
+    fi
+    url=http://$name$address
     "$@"
   done < <(rows_of "$here/trades")
 }
 
 print_host() {
   echo "$host"
+}
+
+add_name() {
+  [[ $name == "$host" ]] || echo "$host $name" >"$names"
 }
 
 print_certified_host() {
@@ -55,7 +83,7 @@ add_page() {
   [[ $page != - ]] || return 0
   [[ $file == *.html ]] || file+=/index.html
   mkdir -p "${file%/*}"
-  sed "s#@HOST@#$host#g; s#@PICTURE@#$picture#g" "$here/pages/$page.html" >"$file"
+  sed "s#@HOST@#$name#g; s#@PICTURE@#$picture#g" "$here/pages/$page.html" >"$file"
 }
 
 # lay_out_partners SERVER WWW
@@ -87,6 +115,7 @@ start_server() {
   mkdir -p "$folder/log"
   lay_out_partners "$server" "$folder/www"
   partners "$server" add_trade "$folder/index"
+  partners "$server" add_name
   ("become_$server" "$folder" "${hosts[@]}") >"$folder/log/messages" 2>&1 &
   server_pids+=($!)
   until answers "${hosts[0]}"; do
@@ -161,7 +190,7 @@ check_harvest() {
   files=$(files_in "$site")
   (
     cd "$site"
-    exec env -i PATH="$tools:/usr/bin:/bin" CURL_HOME="$scratch" CURL_CA_BUNDLE="$certificate" \
+    exec "${as_named[@]}" env -i PATH="$tools:/usr/bin:/bin" CURL_HOME="$scratch" CURL_CA_BUNDLE="$certificate" \
       WGETRC="$scratch/wgetrc" timeout "$run_limit" "$program" run >"$site.out" 2>"$site.err"
   ) || status=$?
   check "$what: status (124: not done in $run_limit s)" 0 "$status"
@@ -172,6 +201,7 @@ check_harvest() {
 
 check_harvests() {
   local server method
+  offer_names
   make_certificate
   echo "ca_certificate = $certificate" >"$scratch/wgetrc"
   cp "$curlrc" "$scratch/.curlrc"
