@@ -119,18 +119,37 @@ TEST(RawHttp, LooksNamesUp) {
   EXPECT_EQ(fetch("localhost", "http://localhost/", server.port()).response, "found");
 }
 
-TEST(RawHttp, FailuresLeaveNoSocketOpenAndOnlyTimeoutsANote) {
+TEST(RawHttp, FailuresLeaveNoSocketOpenAndNoNote) {
   const std::set<int> before = open_descriptors();
   {
     std::uint16_t port = 0;
     const std::string host = test::loopback_addresses(1)[0];
     const UniqueFd unheard = test::bind_socket(host, port);
-    EXPECT_EQ(fetch(host, "http://" + host, port), kFailure);
-    EXPECT_EQ(fetch(kUnknownHost, "http://" + kUnknownHost, port), kFailure);
     const auto server = serve({How::silence});
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(fetch_from(*server), (Fetched{"-1", kTimeoutNote}));
-    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1900));
+    const struct {
+      std::string host;
+      std::uint16_t port;
+      const char* url_end;
+      const char* failure;
+      bool waits = false;
+    } cases[] = {
+        {host, port, "", "the connection was refused or took above 2 s"},
+        {kUnknownHost, port, "", "the host is not known"},
+        {host, port, "/\n", "the address holds a control character"},
+        {server->address(), server->port(), "", "no answer began within 2 s", true},
+    };
+    for (const auto& c : cases) {
+      const std::string url = "http://" + c.host + c.url_end;
+      Connections held_open;
+      const auto start = std::chrono::steady_clock::now();
+      EXPECT_EQ(get_raw_http(c.host, url, held_open, c.port).failure, c.failure);
+      const auto lasted = std::chrono::steady_clock::now() - start;
+      if (c.waits) {
+        EXPECT_GE(lasted, std::chrono::milliseconds(1900));
+      } else {
+        EXPECT_EQ(fetch(c.host, url, c.port), kFailure) << c.failure;
+      }
+    }
   }
   EXPECT_EQ(open_descriptors(), before);
 }
