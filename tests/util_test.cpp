@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -270,6 +271,18 @@ TEST(File, ReadsWhatComesInPieces) {
   EXPECT_STREQ(bytes, "abcde");
   EXPECT_EQ(read_fully(reading.get(), bytes, sizeof bytes), 1U);
   EXPECT_EQ(bytes[0], 'f');
+  writer.join();
+}
+
+TEST(File, ReadsAPipeToItsEnd) {
+  const TempDir dir;
+  const std::string path = dir.path() + "/pipe";
+  ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+  const std::string bytes(300'000, 'x');
+  std::thread writer([&] { write_file(path, bytes); });
+  FileBuffer buffer;
+  EXPECT_TRUE(buffer.read(path));
+  EXPECT_EQ(buffer.text(), bytes);
   writer.join();
 }
 
