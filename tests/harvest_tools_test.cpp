@@ -130,12 +130,14 @@ TEST(Explain, TellsWhyEachPictureIsRefusedOrTaken) {
   const auto response = [](const std::string& body) {
     return RawResponse{"HTTP/1.1 200 OK\r\n\r\n" + body};
   };
+  const std::string padding(2100, 'p');
   for (TextCase& c : read_text_cases("explain_cases.txt")) {
     const Web web = {
         {"http://www.a.e/in", response(c.texts["page"])},
         {"http://a.e/small12345", response("small")},
         {"http://a.e/page12345", RawResponse{"HTTP/1.1 404 Not Found\r\n\r\n<html>"}},
-        {"http://a.e/kept12345", response(std::string(2100, 'p'))},
+        {"http://a.e/html12345", response(padding + "<html>")},
+        {"http://a.e/kept12345", response(padding)},
     };
     EXPECT_EQ(account(web, {.image_tool = "tool", .image_tool_args = "x", .harvest = "1"}, 11),
               c.texts["account"]);

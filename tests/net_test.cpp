@@ -335,7 +335,9 @@ TEST(Fetchers, RefuseControlCharactersAndOptions) {
   const std::string controls("\0\1\t\n\r\x1f\x7f", 7);
   for (const char c : controls) {
     EXPECT_EQ(fetch_text(server->address(), url + c + "y", server->port()), "-1");
+    EXPECT_EQ(address_fault(url + c + "y"), "the address holds a control character");
   }
+  EXPECT_EQ(address_fault("-K"), "the address begins with \"-\"");
   // What lies at the temporary path is read back unless the address is refused.
   const std::string left = directory.write("left", "left behind");
   for (const Tool& tool : kTools) {
