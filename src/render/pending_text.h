@@ -34,11 +34,8 @@ class PendingText {
     value.copy(line_.data() + start_, value.size());
   }
 
-  /// Makes `line` what is expanded and what is still pending.
-  void close_gap() {
-    line_.erase(expanded_, start_ - expanded_);
-    start_ = expanded_;
-  }
+  /// Ends the edit: `line` becomes what is expanded and what is still pending.
+  void close_gap() { line_.erase(expanded_, start_ - expanded_); }
 
  private:
   void widen_gap(std::size_t size) {
