@@ -40,10 +40,22 @@ TEST(Toplistctl, HelpAndVersionAreThereOnEveryLevel) {
         "expand none", "expand --site . x.src", "init"}) {
     EXPECT_EQ(run_ctl(site, arguments), 2) << arguments;
   }
-  for (const char* arguments : {"frob", "show frob", "render --frob", "render --all --frob x",
-                                "check --ignore frob", "check --min-effect frob"}) {
-    EXPECT_EQ(run_ctl(site, arguments), 2) << arguments;
-    EXPECT_NE(site.read("out").find("frob"), std::string::npos) << arguments;
+  constexpr struct {
+    const char* arguments;
+    const char* named;
+  } kMistakes[] = {
+      {"frob", "\"frob\""},
+      {"show frob", "\"frob\""},
+      {"render --frob", "--frob"},
+      {"render --all --frob x", "\"--frob\""},
+      {"check --ignore frob", "frob"},
+      {"check --min-effect frob", "frob"},
+      {"why", "trade is required"},
+      {"import trades", "file is required"},
+  };
+  for (const auto& c : kMistakes) {
+    EXPECT_EQ(run_ctl(site, c.arguments), 2) << c.arguments;
+    EXPECT_NE(site.read("out").find(c.named), std::string::npos) << c.arguments;
   }
 }
 
