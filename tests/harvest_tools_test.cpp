@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "support/site.h"
@@ -111,9 +112,10 @@ TEST(HarvestRoot, WhoWritesTheSitesLogMayDownload) {
 using Web = std::map<std::string, RawResponse>;  ///< by address; others are unknown hosts
 
 /// The account of a trade, a line each.
-std::string account(const Web& web, const site::HarvestFile& config, std::size_t index) {
+std::string account(const Web& web, const site::HarvestFile& config, std::size_t index,
+                    std::string_view domain = "a.e") {
   std::vector<TradeRecord> trades(12);
-  trades[index] = site::make_trade(7, "a.e", "http://www.a.e/in");
+  trades[index] = site::make_trade(7, domain, "http://www.a.e/in");
   std::string text;
   const bool stored = explain_harvest(
       trades, index, parse_harvest_config(site::encode_harvest_file(config), ""),
@@ -157,6 +159,13 @@ TEST(Explain, TellsWhatKeepsARunFromTryingAtAll) {
             "Page: http://www.a.e/in\n"
             "  nothing came: the host is not known\n"
             "The configuration has more than 7 lines: a run stores nothing.\n");
+  const RawResponse page{"<a href=/><img src=/12345></a>"};
+  const RawResponse picture{std::string(2048, 'p')};
+  EXPECT_TRUE(account({{"http://www.a.e/in", page}, {"http://a.e/12345", picture}},
+                      {.harvest = "1"}, 11, "../a.e")
+                  .ends_with("\n"
+                             "  not stored: the trade's domain leads out of the thumbnail folder\n"
+                             "End: 2048 bytes or more have come.\n"));
 }
 
 TEST(Explain, FetchesAsARunDoesAndStoresNothing) {

@@ -144,6 +144,12 @@ TEST(SampleSite, TouchesNoFolderThatIsNotItsOwn) {
   EXPECT_NE(write_sample_site(site.path("full"), {.replace = true}), "");
   EXPECT_EQ(write_sample_site(site.path("changed"), {.replace = true}), "");
   EXPECT_NE(site.read("changed/style.css"), "mine");
+
+  site.remove("changed/d/t/index");
+  site.make_dir("changed/d/t/index");
+  site.write("changed/d/t/index/mine", "x");
+  EXPECT_EQ(write_sample_site(site.path("changed"), {.replace = true}),
+            "cannot write " + site.path("changed") + "/d/t/index: Is a directory");
 }
 
 TEST(SampleSite, RemovesNothingOutsideItselfWhateverItsListSays) {

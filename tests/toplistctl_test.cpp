@@ -37,7 +37,7 @@ TEST(Toplistctl, HelpAndVersionAreThereOnEveryLevel) {
   for (const char* arguments :
        {"", "show", "show figures --period 5", "digest", "check --no", "check --site none",
         "render", "render x", "render --all", "render --all --into p x", "why", "why 1", "expand",
-        "expand none", "expand --site . x.src", "init"}) {
+        "expand none", "expand --site . x.src", "init", "status --site . --json --prometheus"}) {
     EXPECT_EQ(run_ctl(site, arguments), 2) << arguments;
   }
   constexpr struct {
@@ -50,7 +50,7 @@ TEST(Toplistctl, HelpAndVersionAreThereOnEveryLevel) {
       {"render --all --frob x", "\"--frob\""},
       {"check --ignore frob", "frob"},
       {"check --min-effect frob", "frob"},
-      {"why", "trade is required"},
+      {"why", "trade is required; see --help"},
       {"import trades", "file is required"},
   };
   for (const auto& c : kMistakes) {
