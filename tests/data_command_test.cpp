@@ -99,6 +99,9 @@ TEST(DataCommands, NothingIsWrittenWhereSomethingIsWrong) {
   EXPECT_EQ(shell.run("toplistctl import trades none.csv"), 2);
   EXPECT_EQ(shell.run("toplistctl import trades - <&-"), 2);
   EXPECT_EQ(data_of(site), before);
+  site.remove("l/sys");
+  EXPECT_EQ(shell.run("toplistctl import figures good.csv"), 2);
+  EXPECT_EQ(shell.err(), "toplistctl: cannot open l/sys/toplist.lock: No such file or directory\n");
 }
 
 TEST(DataCommands, ASmallDatabaseIsFilledUpAndBuilds) {
