@@ -80,14 +80,16 @@ const Ending kEndings[] = {
     {"the run ends before: cannot open d/t/index: No such file or directory\n",
      [](const SiteWithThree& s) { s.remove("d/t/index"); }},
     {"the run ends before: database was not fully loaded\n",
-     [](const SiteWithThree& s) { s.write("d/t/index", s.read("d/t/index").substr(0, 9 * 996)); }},
+     [](const SiteWithThree& s) {
+       s.write("d/t/index", s.read("d/t/index").substr(0, 9UL * 996));
+     }},
     {"the run ends before: cannot open d/tl/vantaig: No such file or directory\n",
      [](const SiteWithThree& s) {
        s.remove("d/tl/vantaig");
        s.remove("d/t/sum");  // the first end counts
      }},
     {"the run ends before: no trade is active\n",
-     [](const SiteWithThree& s) { s.write("d/t/index", std::string(10 * 996, '\0')); }},
+     [](const SiteWithThree& s) { s.write("d/t/index", std::string(10UL * 996, '\0')); }},
     {"the run ends before: cannot open d/t/sum: No such file or directory\n",
      [](const SiteWithThree& s) { s.remove("d/t/sum"); }},
     {"the run ends before: cannot open d/tl/tl.ext: No such file or directory\n",

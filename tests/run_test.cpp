@@ -126,8 +126,8 @@ std::int32_t ratio99(const Trade& trade) {
 std::string rank_by(std::int32_t (&figure)(const Trade&), std::vector<Trade>& trades) {
   std::sort(trades.begin(), trades.end(),
             [&figure](const Trade& a, const Trade& b) { return figure(a) > figure(b); });
-  std::vector<int> ids;
-  for (const Trade& trade : trades) ids.push_back(trade.id);
+  std::vector<int> ids(trades.size());
+  std::transform(trades.begin(), trades.end(), ids.begin(), [](const Trade& t) { return t.id; });
   return ids_page(ids, kTiedRanks);
 }
 

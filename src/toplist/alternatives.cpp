@@ -33,10 +33,10 @@ class SecondsDraw {
   std::size_t drawn_ = 0;
 };
 
-/// Number of pieces.
+/// Number of pieces of a text that is not empty: a separator at its end begins no further one.
 std::size_t piece_count(std::string_view text) {
-  const auto separators = std::count(text.begin(), text.end(), kAlternativeSeparator);
-  return static_cast<std::size_t>(separators) + (text.back() == kAlternativeSeparator ? 0 : 1);
+  const auto separators = std::count(text.begin(), text.end() - 1, kAlternativeSeparator);
+  return static_cast<std::size_t>(separators) + 1;
 }
 
 }  // namespace

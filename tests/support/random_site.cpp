@@ -90,9 +90,13 @@ std::string RandomSite::template_text() {
   const int ranks = 5 + number(25);
   for (int i = 0; i < ranks; ++i) {
     const std::string rank = three_digits(i);
-    text += "rank " + std::to_string(i) + ": %%tid_" + rank + "%% %%tit_" + rank + "%%; %%att00_" +
-            rank + "%% %%" + one_of({"rin60", "cef99", "oddly", "\377\200\351ly"}) + "_" + rank +
-            "%%\351 behind it\n";
+    const std::string names[] = {"tid", "tit", "att00",
+                                 one_of({"rin60", "cef99", "oddly", "\377\200\351ly"})};
+    text += "rank " + std::to_string(i) + ":";
+    for (const std::string& name : names) {
+      text.append(" %%").append(name).append("_").append(rank).append("%%");
+    }
+    text += "\351 behind it\n";
   }
   if (one_in(10)) text += one_of({"%%tid_1%% malformed\n", "50%% stray\n", "%%tid_-01%%\r\n"});
   return text;

@@ -13,33 +13,33 @@
 namespace toplist::ctl {
 namespace {
 
-std::vector<std::string> templates() {
-  std::vector<std::string> names;
-  const SiteFile definitions(kDefinitionsPath);
-  for (const ToplistDefinition& toplist : parse_definitions(definitions.text())) {
-    names.push_back(toplist.template_path.substr(kTemplateFolder.size()));
-  }
+/// What `name` tells of each, in their order.
+template <typename Range, typename Name>
+std::vector<std::string> names_of(const Range& range, const Name& name) {
+  std::vector<std::string> names(std::size(range));
+  std::transform(std::begin(range), std::end(range), names.begin(), name);
   return names;
+}
+
+std::vector<std::string> templates() {
+  const SiteFile definitions(kDefinitionsPath);
+  return names_of(parse_definitions(definitions.text()), [](const ToplistDefinition& toplist) {
+    return toplist.template_path.substr(kTemplateFolder.size());
+  });
 }
 
 std::vector<std::string> domains() {
   std::vector<TradeRecord> trades;
   load_trades(kTradesPath, trades);  // none when it cannot be opened
-  std::vector<std::string> names;
-  for (const TradeRecord& trade : trades) names.emplace_back(domain_of(trade));
-  return names;
+  return names_of(trades, domain_of);
 }
 
 std::vector<std::string> effects() {
-  std::vector<std::string> names;
-  for (const EffectName& effect : kEffects) names.emplace_back(effect.word);
-  return names;
+  return names_of(kEffects, [](const EffectName& effect) { return effect.word; });
 }
 
 std::vector<std::string> finding_kinds() {
-  std::vector<std::string> names;
-  for (const Kind* kind : kinds::kAll) names.emplace_back(kind->name);
-  return names;
+  return names_of(kinds::kAll, [](const Kind* kind) { return kind->name; });
 }
 
 constexpr ValueType kValueTypes[] = {

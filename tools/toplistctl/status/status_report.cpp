@@ -146,7 +146,8 @@ std::string status_metrics(const SiteStatus& status) {
   for (const PageStatus& page : status.pages) {
     const std::string label = label_value(page.page);
     if (!page.age || !told.insert(label).second) continue;
-    text += ages + "{page=\"" + label + "\"} " + std::to_string(*page.age) + "\n";
+    text.append(ages).append("{page=\"").append(label).append("\"} ");
+    text.append(std::to_string(*page.age)).append("\n");
   }
   for (const Metric& metric : kMetrics) {
     append_head(text, metric.name, metric.help);
