@@ -37,7 +37,7 @@ TEST(Toplistctl, HelpAndVersionAreThereOnEveryLevel) {
   for (const char* arguments :
        {"", "show", "show figures --period 5", "digest", "check --no", "check --site none",
         "render", "render x", "render --all", "render --all --into p x", "why", "why 1", "expand",
-        "expand none", "expand --site . x.src", "init", "status --site . --json --prometheus"}) {
+        "expand none", "expand --site . x.src", "init"}) {
     EXPECT_EQ(run_ctl(site, arguments), 2) << arguments;
   }
   constexpr struct {
@@ -52,6 +52,7 @@ TEST(Toplistctl, HelpAndVersionAreThereOnEveryLevel) {
       {"check --min-effect frob", "frob"},
       {"why", "trade is required; see --help"},
       {"import trades", "file is required"},
+      {"status --json --prometheus", "--json excludes --prometheus"},
   };
   for (const auto& c : kMistakes) {
     EXPECT_EQ(run_ctl(site, c.arguments), 2) << c.arguments;
