@@ -14,7 +14,7 @@
 #include "support/rows.h"
 #include "table.h"
 #include "toplist/ranking.h"
-#include "toplistctl/templates/expansion.h"
+#include "toplistctl/lib/templates/expansion.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 # embed_files(TARGET FOLDER): compiles the files below FOLDER, but for README.md, into TARGET, which
-# then has the function that toplistctl/sample/embedded_files.h declares. The assembler takes the
+# then has the function that toplistctl/lib/new_site/embedded_files.h declares. The assembler takes the
 # bytes in, so it costs no time and works for every processor that is built for.
 function(embed_files target folder)
   file(GLOB_RECURSE paths CONFIGURE_DEPENDS LIST_DIRECTORIES false RELATIVE ${folder} ${folder}/*)
@@ -24,7 +24,7 @@ function(embed_files target folder)
   set(source ${CMAKE_CURRENT_BINARY_DIR}/embedded_files.cpp)
   file(CONFIGURE OUTPUT ${source} @ONLY CONTENT [[
 // Made by cmake/embed_files.cmake.
-#include "toplistctl/sample/embedded_files.h"
+#include "toplistctl/lib/new_site/embedded_files.h"
 
 asm(R"(.pushsection .rodata
 @bytes@.popsection

@@ -11,9 +11,9 @@
 
 #include "input.h"
 #include "run/statistics.h"
-#include "toplistctl/data/columns_file.h"
-#include "toplistctl/data/figures_csv.h"
-#include "toplistctl/data/trades_csv.h"
+#include "toplistctl/lib/formats/columns_file.h"
+#include "toplistctl/lib/formats/figures_csv.h"
+#include "toplistctl/lib/formats/trades_csv.h"
 #include "util/fields.h"
 
 namespace {

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "input.h"
-#include "toplistctl/templates/expansion.h"
+#include "toplistctl/lib/templates/expansion.h"
 #include "util/fields.h"
 #include "util/text.h"
 

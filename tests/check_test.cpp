@@ -1,6 +1,6 @@
 // What toplistctl finds out about a site, and that a run agrees.
 
-#include "toplistctl/check/check.h"
+#include "toplistctl/commands/check/check.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -16,12 +16,12 @@
 #include <utility>
 
 #include "support/site.h"
-#include "toplistctl/check/kinds.h"
-#include "toplistctl/check/report.h"
-#include "toplistctl/check/selection.h"
-#include "toplistctl/output/whole_file.h"
-#include "toplistctl/show/show.h"
-#include "toplistctl/templates/digest.h"
+#include "toplistctl/commands/check/report.h"
+#include "toplistctl/commands/check/selection.h"
+#include "toplistctl/commands/show/show.h"
+#include "toplistctl/lib/diagnostics/kinds.h"
+#include "toplistctl/lib/site_files/whole_file.h"
+#include "toplistctl/lib/templates/digest.h"
 #include "util/sha1.h"
 
 namespace toplist::test {
@@ -31,19 +31,19 @@ using namespace toplist::ctl;
 
 constexpr std::size_t kRecordBytes = 996;
 
-Findings findings_in(const Site& site) {
+Diagnostics findings_in(const Site& site) {
   const InSite in_site(site);
   // The programs' folder is in the site, for tests to put them there.
   return select(check_site(SiteView(), "bin"), {.min_effect = Effect::note}).findings;
 }
 
 /// One finding per line: kind, file, place.
-std::string summary(const Findings& findings) {
+std::string summary(const Diagnostics& findings) {
   std::string text;
-  for (const Finding& finding : findings) {
+  for (const Diagnostic& finding : findings) {
     EXPECT_NE(std::find(kinds::kAll.begin(), kinds::kAll.end(), finding.kind), kinds::kAll.end());
-    text += std::string(finding.kind->name) + " " + finding.file;
-    const std::string place = finding.place.text();
+    text += std::string(finding.kind->name) + " " + finding.place.file;
+    const std::string place = finding.place.position();
     text += (place.empty() ? "" : ", " + place) + "\n";
   }
   return text;
@@ -343,7 +343,7 @@ TEST(Check, TellsHostNamesFromOtherDomains) {
   for (const char* domain : {"A-1.b_c.example", "localhost", "-a.example", "a..example",
                              "a.example.", "a b.example", "a\nb", "a\tb", "a|b", "a/b"}) {
     site.set_text(offsetof(TradeRecord, domain), domain);
-    Findings findings;
+    Diagnostics findings;
     check_trades(SiteView(), findings);
     const bool is_host_name = *domain == 'A' || *domain == 'l';
     EXPECT_EQ(summary(findings), is_host_name ? "" : "bad-domain d/t/index, record 12\n") << domain;
@@ -357,11 +357,11 @@ struct Choice {
 };
 
 TEST(Check, TellsWhatIsWantedAndCausesAlone) {
-  const Findings all = {{&kinds::kDefinitionFields, "a", {}, ""},
-                        {&kinds::kMissingGroup, "b", {}, ""},
-                        {&kinds::kNoToplists, "c", {}, ""},
-                        {&kinds::kUnknownTemplate, "d", {}, ""},
-                        {&kinds::kUnusedHistory, "e", {}, ""}};
+  const Diagnostics all = {{&kinds::kDefinitionFields, {.file = "a"}, ""},
+                           {&kinds::kMissingGroup, {.file = "b"}, ""},
+                           {&kinds::kNoToplists, {.file = "c"}, ""},
+                           {&kinds::kUnknownTemplate, {.file = "d"}, ""},
+                           {&kinds::kUnusedHistory, {.file = "e"}, ""}};
   const Choice choices[] = {
       {{}, "definition-fields a\nmissing-group b\n", 1},
       {{Effect::note}, "definition-fields a\nmissing-group b\nunused-history e\n", 0},
@@ -439,7 +439,7 @@ TEST(Check, TellsWhosePictureTheImageToolWouldWorkOn) {
   for (const auto& [url, owner] : {std::pair{"http://t02.example/", "the picture of record 2"},
                                    {"http://x.example/", "which is no trade's"}}) {
     site.harvest_of(url, "tool", "0");
-    const Findings findings = findings_in(site);
+    const Diagnostics findings = findings_in(site);
     ASSERT_EQ(findings.size(), 1U);
     EXPECT_TRUE(findings[0].message.ends_with(owner)) << findings[0].message;
   }
@@ -447,8 +447,8 @@ TEST(Check, TellsWhosePictureTheImageToolWouldWorkOn) {
 
 TEST(Check, ReportsForPeopleAndPrograms) {
   const Kind kind{"some-kind", Effect::log, "Do this."};
-  const Findings findings = {{&kind, "d/a\x1b", {.line = 3, .column = 14}, "bad \xff"},
-                             {&kind, "d/b", {}, "worse"}};
+  const Diagnostics findings = {{&kind, {.file = "d/a\x1b", .line = 3, .column = 14}, "bad \xff"},
+                                {&kind, {.file = "d/b"}, "worse"}};
   const CleanSite site;
   const InSite in_site(site);
   const SiteView data;
@@ -464,7 +464,7 @@ TEST(Check, ReportsForPeopleAndPrograms) {
             "1,234 less grave left out; --min-effect note shows all.\n");
   for (const auto& [repeats, count, rows] :
        {std::tuple{Repeats::few, 7, 6}, {Repeats::few, 6, 6}, {Repeats::all, 7, 7}}) {
-    const Findings same(static_cast<std::size_t>(count), findings[0]);
+    const Diagnostics same(static_cast<std::size_t>(count), findings[0]);
     const std::string text = check_text(data, {same}, repeats);
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), rows + 4) << count;
     EXPECT_EQ(text.find("and 2 more; --all") != std::string::npos, rows < count) << count;

@@ -13,7 +13,7 @@
 
 #include "run/trade_record.h"
 #include "support/site.h"
-#include "toplistctl/sample/sample_site.h"
+#include "toplistctl/commands/sample/sample_site.h"
 #include "util/file.h"
 #include "util/shell.h"
 #include "util/text.h"

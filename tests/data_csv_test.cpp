@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "support/text_cases.h"
-#include "toplistctl/data/figures_csv.h"
-#include "toplistctl/data/site_writer.h"
-#include "toplistctl/data/trades_csv.h"
+#include "toplistctl/lib/formats/figures_csv.h"
+#include "toplistctl/lib/formats/site_writer.h"
+#include "toplistctl/lib/formats/trades_csv.h"
 
 namespace toplist::test {
 namespace {

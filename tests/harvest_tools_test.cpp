@@ -13,8 +13,8 @@
 
 #include "support/site.h"
 #include "support/text_cases.h"
-#include "toplistctl/harvest/explain.h"
-#include "toplistctl/harvest/harvest_root.h"
+#include "toplistctl/commands/try_harvest/explain.h"
+#include "toplistctl/lib/new_site/harvest_root.h"
 
 namespace toplist::test {
 namespace {

@@ -16,8 +16,8 @@
 #include <vector>
 
 #include "support/random_site.h"
-#include "toplistctl/output/console.h"
-#include "toplistctl/why/account.h"
+#include "toplistctl/lib/output/console.h"
+#include "toplistctl/lib/site_view/standing.h"
 #include "util/shell.h"
 #include "util/text.h"
 
@@ -141,7 +141,7 @@ TEST(Preview, IsWhatARunDoesInTheSameSecond) {
     const std::string told = tried->rendered.read("err");
     if (contains(told, " is the page of record ")) continue;
     EXPECT_EQ(tried->site.contents(), with_pages(*tried)) << told;
-    EXPECT_EQ(tried->status, ended_early(*tried) ? kFoundSomething : 0) << told;
+    EXPECT_EQ(tried->status, ended_early(*tried) ? kExitFindings : 0) << told;
     for (std::size_t i = 0; i < tried->view->toplists.size(); ++i) {
       const ToplistView& toplist = tried->view->toplists[i];
       if (!holds_page(*tried->view, toplist)) continue;

@@ -1,13 +1,13 @@
 // What toplistctl foresees of the next run: what becomes of each toplist, and the pages' bytes.
 
-#include "toplistctl/site_view/rehearsal.h"
+#include "toplistctl/lib/site_view/rehearsal.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
 #include "support/site.h"
-#include "toplistctl/site_view/site_view.h"
+#include "toplistctl/lib/site_view/site_view.h"
 #include "util/text.h"
 
 namespace toplist::test {

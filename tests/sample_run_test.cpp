@@ -12,8 +12,8 @@
 #include <string>
 
 #include "support/site.h"
-#include "toplistctl/sample/empty_site.h"
-#include "toplistctl/sample/sample_site.h"
+#include "toplistctl/commands/sample/sample_site.h"
+#include "toplistctl/lib/new_site/empty_site.h"
 #include "util/fields.h"
 
 namespace toplist::test {

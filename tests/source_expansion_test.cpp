@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "support/text_cases.h"
-#include "toplistctl/templates/expansion.h"
+#include "toplistctl/lib/templates/expansion.h"
 
 namespace toplist::test {
 namespace {

@@ -1,6 +1,6 @@
 // Whether a schedule is alive, and the lists that "show" writes.
 
-#include "toplistctl/status/status.h"
+#include "toplistctl/lib/site_view/status.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -13,8 +13,8 @@
 #include "support/rows.h"
 #include "support/site.h"
 #include "toplist/ranking.h"
-#include "toplistctl/show/show.h"
-#include "toplistctl/site_view/order_names.h"
+#include "toplistctl/commands/show/show.h"
+#include "toplistctl/lib/formats/order_names.h"
 #include "util/file.h"
 
 namespace toplist::ctl {

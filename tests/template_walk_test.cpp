@@ -1,4 +1,4 @@
-#include "toplistctl/templates/template_walk.h"
+#include "toplistctl/lib/templates/template_walk.h"
 
 #include <gtest/gtest.h>
 

@@ -11,8 +11,8 @@
 #include <utility>
 
 #include "support/site.h"
-#include "toplistctl/output/printable.h"
-#include "toplistctl/sample/sample_site.h"
+#include "toplistctl/commands/sample/sample_site.h"
+#include "toplistctl/lib/output/printable.h"
 #include "util/sha1.h"
 
 namespace toplist::test {

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "support/site.h"
-#include "toplistctl/sample/random.h"
+#include "toplistctl/commands/sample/random.h"
 
 namespace toplist::test {
 

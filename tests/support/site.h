@@ -11,7 +11,7 @@
 
 #include "run/trade_row.h"
 #include "support/temp_dir.h"
-#include "toplistctl/data/site_writer.h"
+#include "toplistctl/lib/formats/site_writer.h"
 
 namespace toplist::test {
 

@@ -1,60 +1,35 @@
 // toplistctl: what a site's operator needs besides the run itself.
 
+#include <array>
 #include <exception>
-#include <string>
-#include <vector>
 
-#include "toplistctl/commands.h"
-#include "toplistctl/output/console.h"
+#include "toplistctl/commands/commands.h"
+#include "toplistctl/lib/command_line/command_line.h"
+#include "toplistctl/lib/output/console.h"
 
 namespace {
 
 using namespace toplist::ctl;
 
-constexpr auto kCommands = {add_check_command,   add_status_command, add_show_command,
-                            add_render_command,  add_why_command,    add_harvest_command,
-                            add_digest_command,  add_expand_command, add_export_command,
-                            add_import_command,  add_sample_command, add_init_command,
-                            add_complete_command};
-
-/// Adds --version to the command and to all below it.
-void add_version_flag(CLI::App& app) {
-  app.set_version_flag("--version", "toplistctl " TOPLIST_VERSION);
-  for (CLI::App* command : app.get_subcommands({})) add_version_flag(*command);
+template <void (*kAdd)(CLI::App&, int&)>
+void bridge(const Command& command) {
+  kAdd(*command.app(), *command.exit_status());
 }
 
-/// CLI11 tells what is missing or does not go together, but not of the mistyped word that is the
-/// cause.
-int fail_for_words(const CLI::App& app, const CLI::ParseError& error) {
-  const std::vector<std::string> unknown = app.remaining(true);
-  if (unknown.empty()) return fail(std::string(error.what()) + "; see --help");
-  return fail("there is no command or option \"" + unknown.front() + "\"; see --help");
-}
-
-int run(int argc, char** argv) {
-  CLI::App app("Companion of the toplist builder");
-  app.require_subcommand(1);
-  int exit_status = 0;
-  for (const auto add_command : kCommands) add_command(app, exit_status);
-  add_version_flag(app);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::RequiredError& error) {
-    return fail_for_words(app, error);
-  } catch (const CLI::ExcludesError& error) {
-    return fail_for_words(app, error);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : kCouldNotLook;  // 0: help or version
-  }
-  return exit_status;
-}
+constexpr std::array<void (*)(const Command&), 13> kCommands{
+    bridge<add_check_command>,  bridge<add_status_command>, bridge<add_show_command>,
+    bridge<add_render_command>, bridge<add_why_command>,    bridge<add_harvest_command>,
+    bridge<add_digest_command>, bridge<add_expand_command>, bridge<add_export_command>,
+    bridge<add_import_command>, bridge<add_sample_command>, bridge<add_init_command>,
+    add_complete_command};
 
 }  // namespace
 
 int main(int argc, char** argv) {
   survive_broken_pipes();
   try {
-    return run(argc, argv);
+    return run_command_line(argc, argv, "Companion of the toplist builder",
+                            "toplistctl " TOPLIST_VERSION, kCommands);
   } catch (const std::exception& error) {
     return fail(error.what());
   }

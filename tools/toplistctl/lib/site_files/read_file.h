@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "toplistctl/lib/diagnostics/error.h"
+
+/// Reads for everything that changes a site or reports on it: what cannot be read is an error,
+/// never an empty file. (A run ignores read errors by contract.)
+namespace toplist::ctl {
+
+/// The largest file that is read whole: 1 GiB. A site of a million trades stays below it.
+inline constexpr std::size_t kMostFileBytes = std::size_t{1} << 30;
+
+/// The whole of a regular file. An error when it cannot be opened, when a read fails, when it is
+/// larger than kMostFileBytes, or when it is no regular file: a FIFO would block, a device never
+/// end.
+Expected<std::string> read_file(const std::string& path);
+
+/// The same; nothing when there is no such file.
+Expected<std::optional<std::string>> read_file_if_there(const std::string& path);
+
+}  // namespace toplist::ctl

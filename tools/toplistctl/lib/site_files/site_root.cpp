@@ -1,0 +1,60 @@
+#include "toplistctl/lib/site_files/site_root.h"
+
+#include <fmt/core.h>
+#include <grp.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace toplist::ctl {
+namespace {
+
+/// Whom this process is to become.
+struct Identity {
+  uid_t uid;
+  gid_t gid;
+  std::string name;  ///< empty when the system has no name for the user
+};
+
+Expected<Identity> identity_of(const std::string& user) {
+  const passwd* const entry = ::getpwnam(user.c_str());
+  if (entry == nullptr) return failure(fmt::format("there is no user {}", user));
+  return Identity{entry->pw_uid, entry->pw_gid, user};
+}
+
+Expected<Identity> owner_of(const std::string& directory) {
+  struct stat status {};
+  if (::stat(directory.c_str(), &status) != 0)
+    return system_error("cannot enter", directory, errno);
+  const passwd* const entry = ::getpwuid(status.st_uid);
+  if (entry == nullptr) return Identity{status.st_uid, status.st_gid, {}};
+  return Identity{entry->pw_uid, entry->pw_gid, entry->pw_name};
+}
+
+Expected<void> become(const Identity& who) {
+  if (who.uid == ::geteuid()) return {};
+  const bool has_groups = who.name.empty() ? ::setgroups(1, &who.gid) == 0
+                                           : ::initgroups(who.name.c_str(), who.gid) == 0;
+  if (has_groups && ::setresgid(who.gid, who.gid, who.gid) == 0 &&
+      ::setresuid(who.uid, who.uid, who.uid) == 0) {
+    return {};
+  }
+  const int error = errno;
+  return system_error("cannot act as", who.name.empty() ? std::to_string(who.uid) : who.name,
+                      error);
+}
+
+}  // namespace
+
+Expected<void> enter_site(const std::string& directory, const std::string& user) {
+  if (!user.empty() || ::geteuid() == 0) {
+    const auto became = (user.empty() ? owner_of(directory) : identity_of(user)).and_then(become);
+    if (!became) return became;
+  }
+  if (::chdir(directory.c_str()) != 0) return system_error("cannot enter", directory, errno);
+  return {};
+}
+
+}  // namespace toplist::ctl

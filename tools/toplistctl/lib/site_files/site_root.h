@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+#include "toplistctl/lib/diagnostics/error.h"
+
+namespace toplist::ctl {
+
+/// Makes the site's root the working directory, as it is in a run.
+///
+/// Root first becomes another user for good, so that nothing the site's owner has prepared, such as
+/// a symbolic link, can make root read or write elsewhere: `user`, or without one the owner of the
+/// site's root folder. Other users may name only themselves as `user`.
+Expected<void> enter_site(const std::string& directory, const std::string& user = "");
+
+}  // namespace toplist::ctl

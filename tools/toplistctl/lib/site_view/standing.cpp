@@ -1,0 +1,84 @@
+#include "toplistctl/lib/site_view/standing.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <span>
+#include <string>
+
+#include "run/statistics.h"
+#include "toplist/ranking.h"
+#include "toplistctl/lib/site_files/site_file.h"
+#include "toplistctl/lib/templates/places.h"
+#include "util/fields.h"
+
+namespace toplist::ctl {
+namespace {
+
+std::size_t sum_record_of(std::string_view id) {
+  const SiteFile sum(kSumPath);
+  FieldReader fields(sum.text());
+  std::array<std::string_view, kSumFields> record;
+  std::size_t found = 0;
+  for (std::size_t number = 1; next_record(fields, record) == record.size(); ++number) {
+    if (record[1] == id) found = number;
+  }
+  return found;
+}
+
+/// Looked up as a run does it for an active trade.
+TradeFiles files_of(const SiteView& site, TradeRecord trade) {
+  trade.status = 1;
+  std::vector<TradeRow> rows = build_rows({&trade, 1});
+  TradeRow& row = rows.front();
+  attach_extra_columns(site.run.columns_file.text(), rows);
+  const bool listed = mark_rows_without_thumbnail(site.run.config.thumb_dir(), rows);
+  return {.sum_record = sum_record_of(row.id),
+          .history = SiteFile(history_path(row.domain)).is_open(),
+          .columns = row.extra_columns.size(),
+          .thumbnail = listed && row.mark == 0};
+}
+
+void fill_in_rank(Standing& standing, const TradeRow* row) {
+  const std::vector<const TradeRow*>& passing = standing.toplist->passing;
+  const auto at = std::find(passing.begin(), passing.end(), row);
+  if (at == passing.end()) return;
+  standing.rank = static_cast<std::size_t>(at - passing.begin());
+  standing.has_place =
+      ranks_named(*standing.toplist).contains(static_cast<std::int32_t>(*standing.rank));
+  if (at != passing.begin()) standing.above = *std::prev(at);
+  if (std::next(at) != passing.end()) standing.below = *std::next(at);
+}
+
+/// `row` is that of an active trade; nullptr for others.
+Standing standing_in(const ToplistView& toplist, const TradeRow* row) {
+  if (row == nullptr) return {.toplist = &toplist, .drops = {{kInactiveFilter}}};
+  Standing standing{.toplist = &toplist,
+                    .figure = order_figure(*row, toplist.definition->order_by),
+                    .drops = toplist.filters.drops(*row)};
+  fill_in_rank(standing, row);
+  return standing;
+}
+
+}  // namespace
+
+std::vector<Account> accounts_of(const SiteView& site, std::string_view trade,
+                                 std::string_view toplist) {
+  std::vector<Account> accounts;
+  auto next_row = site.run.rows.begin();
+  for (std::size_t i = 0; i < site.run.trades.size(); ++i) {
+    const TradeRecord& record = site.run.trades[i];
+    const TradeRow* row = is_active(record) ? &*next_row++ : nullptr;
+    if (trade != domain_of(record) && trade != std::to_string(record.trade_id)) continue;
+    Account account{i + 1, &record, files_of(site, record), {}};
+    for (const ToplistView& view : site.toplists) {
+      if (toplist.empty() || view.is_called(toplist)) {
+        account.toplists.push_back(standing_in(view, row));
+      }
+    }
+    accounts.push_back(std::move(account));
+  }
+  return accounts;
+}
+
+}  // namespace toplist::ctl
