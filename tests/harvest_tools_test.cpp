@@ -121,7 +121,8 @@ std::string account(const Web& web, const site::HarvestFile& config, std::size_t
       trades, index, parse_harvest_config(site::encode_harvest_file(config), ""),
       [&web](const std::string& /*host*/, const std::string& url) {
         const auto found = web.find(url);
-        return found == web.end() ? RawResponse{.failure = kUnknownHost} : found->second;
+        return found == web.end() ? RawResponse{.failure = FetchFailure::unknown_host}
+                                  : found->second;
       },
       [&text](const std::string& line) { text += line + '\n'; });
   EXPECT_EQ(stored, text.find("taken: a run stores") != std::string::npos);

@@ -142,7 +142,9 @@ TEST(RawHttp, FailuresLeaveNoSocketOpenAndNoNote) {
       const std::string url = "http://" + c.host + c.url_end;
       Connections held_open;
       const auto start = std::chrono::steady_clock::now();
-      EXPECT_EQ(get_raw_http(c.host, url, held_open, c.port).failure, c.failure);
+      const auto failure = get_raw_http(c.host, url, held_open, c.port).failure;
+      ASSERT_TRUE(failure) << c.failure;
+      EXPECT_EQ(failure_text(*failure), c.failure);
       const auto lasted = std::chrono::steady_clock::now() - start;
       if (c.waits) {
         EXPECT_GE(lasted, std::chrono::milliseconds(1900));

@@ -33,22 +33,27 @@ constexpr int kIdleSeconds = 30;
 constexpr int kProbeSeconds = 10;
 constexpr int kProbes = 3;
 
-/// The failures that are told on standard output, and how.
-struct Note {
-  std::string_view failure;
-  const char* text;
+struct FailureTexts {
+  std::string_view reason;
+  const char* note;  ///< what a harvest prints on standard output
 };
-constexpr std::array<Note, 2> kNotes{{
-    {kNoFirstByte, "<font color=red>recv() timeout</font><br>"},
-    {kTooLarge, "<font color=red>recv() in possible loop, aborting</font><br>"},
+/// In the order of FetchFailure.
+constexpr std::array<FailureTexts, 6> kFailureTexts{{
+    {"the address holds a control character", ""},
+    {"no socket is left", ""},
+    {"the host is not known", ""},
+    {"the connection was refused or took above 2 s", ""},
+    {"no answer began within 2 s", "<font color=red>recv() timeout</font><br>"},
+    {"the answer is above 10 MiB", "<font color=red>recv() in possible loop, aborting</font><br>"},
 }};
 
-void print_note(std::string_view failure) {
-  for (const Note& note : kNotes) {
-    if (note.failure != failure) continue;
-    std::fputs(note.text, stdout);
-    std::fflush(stdout);
-  }
+const FailureTexts& texts_of(FetchFailure failure) {
+  return kFailureTexts.at(static_cast<std::size_t>(failure));
+}
+
+void print_note(FetchFailure failure) {
+  std::fputs(texts_of(failure).note, stdout);
+  std::fflush(stdout);
 }
 
 bool set_blocking(int fd, bool blocking) {
@@ -113,14 +118,15 @@ void watch_for_a_gone_peer(int fd) {
   set(IPPROTO_TCP, TCP_KEEPCNT, kProbes);
 }
 
-/// Connects `fd`, a new socket, and leaves it in blocking mode. Returns why not, or an empty text.
-std::string_view open_connection(int fd, const std::string& host, std::uint16_t port) {
-  if (fd < 0 || !set_blocking(fd, false)) return kNoSocket;
+/// Connects `fd`, a new socket, and leaves it in blocking mode. Returns why not, if it cannot.
+std::optional<FetchFailure> open_connection(int fd, const std::string& host, std::uint16_t port) {
+  if (fd < 0 || !set_blocking(fd, false)) return FetchFailure::no_socket;
   const std::optional<in_addr> address = resolve(host);
-  if (!address) return kUnknownHost;
-  if (!connect_in_time(fd, *address, port) || !set_blocking(fd, true)) return kNoConnection;
+  if (!address) return FetchFailure::unknown_host;
+  if (!connect_in_time(fd, *address, port) || !set_blocking(fd, true))
+    return FetchFailure::no_connection;
   watch_for_a_gone_peer(fd);
-  return {};
+  return std::nullopt;
 }
 
 /// Receives to the end of the stream or up to the limit. An error ends it like the stream's end:
@@ -156,6 +162,8 @@ void send_request(int fd, std::string_view request) {
 
 }  // namespace
 
+std::string_view failure_text(FetchFailure failure) { return texts_of(failure).reason; }
+
 std::string raw_http_request(std::string_view host, std::string_view url) {
   const std::size_t at = url.find(host);
   if (at != std::string_view::npos) url.remove_prefix(at + host.size());
@@ -175,27 +183,27 @@ std::string raw_http_request(std::string_view host, std::string_view url) {
 
 RawResponse get_raw_http(const std::string& host, const std::string& url, Connections& held_open,
                          std::uint16_t port) {
-  if (has_control_character(url))
-    return {.failure = kRefusedAddress};  // it would split the request
+  // It would split the request.
+  if (has_control_character(url)) return {.failure = FetchFailure::refused_address};
   UniqueFd connection(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
   const int fd = connection.get();
-  if (const auto failure = open_connection(fd, host, port); !failure.empty())
-    return {.failure = failure};
+  if (const auto failure = open_connection(fd, host, port)) return {.failure = failure};
 
   send_request(fd, raw_http_request(host, url));
-  if (!wait_for(fd, POLLIN, kFirstByteTimeoutSeconds)) return {.failure = kNoFirstByte};
+  if (!wait_for(fd, POLLIN, kFirstByteTimeoutSeconds))
+    return {.failure = FetchFailure::no_first_byte};
   RawResponse response{.bytes = receive_response(fd)};
   if (response.bytes.size() <= kResponseLimitBytes) return response;
   // Kept: the sender of an endless response is held, not invited to start anew
   // (contract: open-socket).
   held_open.push_back(std::move(connection));
-  return {.failure = kTooLarge};
+  return {.failure = FetchFailure::too_large};
 }
 
 std::string fetch_raw_http(const std::string& host, const std::string& url, Connections& held_open,
                            std::uint16_t port) {
   RawResponse response = get_raw_http(host, url, held_open, port);
-  print_note(response.failure);
+  if (response.failure) print_note(*response.failure);
   return std::move(response).text();
 }
 

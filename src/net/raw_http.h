@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -27,22 +28,23 @@ inline constexpr std::size_t kResponseLimitBytes = kReceiveLimitBytes - 1024;
 inline constexpr const char* kRawHttpFailure = "-1";
 
 /// Why a fetch fails.
-inline constexpr std::string_view kRefusedAddress = "the address holds a control character";
-inline constexpr std::string_view kNoSocket = "no socket is left";
-inline constexpr std::string_view kUnknownHost = "the host is not known";
-inline constexpr std::string_view kNoConnection = "the connection was refused or took above 2 s";
-inline constexpr std::string_view kNoFirstByte = "no answer began within 2 s";
-inline constexpr std::string_view kTooLarge = "the answer is above 10 MiB";
+enum class FetchFailure {
+  refused_address,
+  no_socket,
+  unknown_host,
+  no_connection,
+  no_first_byte,
+  too_large,
+};
+std::string_view failure_text(FetchFailure failure);
 
 /// A response as it came, head and body, or why there is none.
 struct RawResponse {
   std::string bytes = {};
-  std::string_view failure = {};  ///< one of those above; empty when there is a response
+  std::optional<FetchFailure> failure = {};
 
   /// The response, or kRawHttpFailure.
-  [[nodiscard]] std::string text() && {
-    return failure.empty() ? std::move(bytes) : kRawHttpFailure;
-  }
+  [[nodiscard]] std::string text() && { return failure ? kRawHttpFailure : std::move(bytes); }
 };
 
 using Connections = std::vector<UniqueFd>;

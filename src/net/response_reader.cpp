@@ -21,11 +21,6 @@ std::size_t end_of_head(std::string_view text, std::size_t from) {
   return text.npos;
 }
 
-std::string_view trimmed(std::string_view text) {
-  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
-}
-
 /// Whether the line is that of a response which is not followed by another one, as 1xx are.
 bool is_final_status(std::string_view line) {
   if (!line.starts_with("HTTP/")) return false;

@@ -11,31 +11,11 @@ namespace {
 
 constexpr std::size_t kShortNameLength = 3;
 constexpr std::size_t kLongNameLength = 5;
-constexpr std::size_t kRankLength = 3;
 constexpr std::string_view kColumnStem = "att";
 constexpr std::int32_t kFirstAttColumn = 3;  ///< "att00" shows this entry of the extra columns.
 
 constexpr std::size_t name_start = kTagMark.size();
 constexpr std::size_t rank_start(std::size_t name_length) { return name_start + name_length + 1; }
-
-/// The first three characters of a statistics name.
-struct Stem {
-  std::string_view text;
-  Counter counter;
-};
-constexpr std::array<Stem, 8> kStems{{
-    {"rin", &PeriodBlock::rin},
-    {"uin", &PeriodBlock::uin},
-    {"out", &PeriodBlock::out},
-    {"clk", &PeriodBlock::clk},
-    {"cef", &PeriodBlock::cef},
-    {"ctt", &PeriodBlock::ctt},
-    {"ctg", &PeriodBlock::ctg},
-    {"rec", &PeriodBlock::rec},
-}};
-
-/// The last two, in the order of TradeRow::periods.
-constexpr std::array<std::string_view, kPeriodCount> kSuffixes{"60", "24", "07", "99"};
 
 /// Entry `index` of the extra columns, or nothing when there is none.
 std::string_view extra_column(const TradeRow& row, std::int64_t index) {
@@ -72,21 +52,6 @@ constexpr std::array<TextName, 7> kTextNames{{
     {"img", append_extra_column<2>},
 }};
 
-/// What a statistics name shows.
-struct Statistic {
-  std::size_t period;
-  Counter counter;
-};
-
-std::optional<Statistic> find_statistic(std::string_view name) {
-  if (name.size() != kLongNameLength) return std::nullopt;
-  const auto stem = std::find_if(kStems.begin(), kStems.end(),
-                                 [name](const Stem& s) { return name.starts_with(s.text); });
-  const auto suffix = std::find(kSuffixes.begin(), kSuffixes.end(), name.substr(3));
-  if (stem == kStems.end() || suffix == kSuffixes.end()) return std::nullopt;
-  return Statistic{static_cast<std::size_t>(suffix - kSuffixes.begin()), stem->counter};
-}
-
 /// nullptr when the name is none of these.
 const TextName* find_text_name(std::string_view name) {
   const auto entry = std::find_if(kTextNames.begin(), kTextNames.end(),
@@ -108,7 +73,7 @@ std::optional<Tag> read_tag(std::string_view text) {
 
   const std::size_t name_length = closes_long ? kLongNameLength : kShortNameLength;
   tag.name = text.substr(name_start, name_length);
-  tag.rank = parse_int32(text.substr(rank_start(name_length), kRankLength));
+  tag.rank = parse_int32(text.substr(rank_start(name_length), kRankDigits));
   if (closes_long && tag.name.starts_with(kColumnStem)) {
     tag.column = parse_int32(tag.name.substr(kColumnStem.size()));
   }

@@ -14,7 +14,8 @@ namespace toplist {
 /// A toplist's rows in rank order; rank 0 is the first.
 using RankedRows = std::span<const TradeRow* const>;
 
-/// Ranks that the three characters of a tag can name: 0 to 999.
+/// Characters of a rank in a tag, and how many ranks they can name: 0 to 999.
+inline constexpr std::size_t kRankDigits = 3;
 inline constexpr std::size_t kRankCount = 1000;
 
 /// What opens a tag and closes it.

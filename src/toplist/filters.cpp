@@ -22,9 +22,8 @@ constexpr std::size_t kShortestListValue = 4;
 constexpr std::size_t kShortestListItem = 3;
 
 template <Period period, Counter counter>
-std::int32_t counter_of(const TradeRow& row) {
-  return row.periods[period].*counter;
-}
+constexpr Minimum kMinimumOf{kStatisticName<period, counter>,
+                             [](const TradeRow& row) { return row.periods[period].*counter; }};
 
 template <Period period, std::size_t i>
 std::int32_t stored_percent(const TradeRow& row) {
@@ -32,18 +31,12 @@ std::int32_t stored_percent(const TradeRow& row) {
 }
 
 constexpr Minimum kMinimums[] = {
-    {"rin60", counter_of<kPeriod60, &PeriodBlock::rin>},
-    {"uin60", counter_of<kPeriod60, &PeriodBlock::uin>},
-    {"out60", counter_of<kPeriod60, &PeriodBlock::out>},
-    {"cef60", counter_of<kPeriod60, &PeriodBlock::cef>},
-    {"ctt60", counter_of<kPeriod60, &PeriodBlock::ctt>},
-    {"ctg60", counter_of<kPeriod60, &PeriodBlock::ctg>},
-    {"rin24", counter_of<kPeriod24, &PeriodBlock::rin>},
-    {"uin24", counter_of<kPeriod24, &PeriodBlock::uin>},
-    {"out24", counter_of<kPeriod24, &PeriodBlock::out>},
-    {"cef24", counter_of<kPeriod24, &PeriodBlock::cef>},
-    {"ctt24", counter_of<kPeriod24, &PeriodBlock::ctt>},
-    {"ctg24", counter_of<kPeriod24, &PeriodBlock::ctg>},
+    kMinimumOf<kPeriod60, &PeriodBlock::rin>, kMinimumOf<kPeriod60, &PeriodBlock::uin>,
+    kMinimumOf<kPeriod60, &PeriodBlock::out>, kMinimumOf<kPeriod60, &PeriodBlock::cef>,
+    kMinimumOf<kPeriod60, &PeriodBlock::ctt>, kMinimumOf<kPeriod60, &PeriodBlock::ctg>,
+    kMinimumOf<kPeriod24, &PeriodBlock::rin>, kMinimumOf<kPeriod24, &PeriodBlock::uin>,
+    kMinimumOf<kPeriod24, &PeriodBlock::out>, kMinimumOf<kPeriod24, &PeriodBlock::cef>,
+    kMinimumOf<kPeriod24, &PeriodBlock::ctt>, kMinimumOf<kPeriod24, &PeriodBlock::ctg>,
     {"cprod", stored_percent<kPeriod24, 0>},  // clk24 per rin24
     {"tprod", stored_percent<kPeriod24, 3>},  // ctt24 per out24
 };

@@ -10,44 +10,7 @@
 namespace toplist {
 namespace {
 
-using Figure = std::int32_t (*)(const PeriodBlock&);
-
-template <Counter counter>
-std::int32_t counter_of(const PeriodBlock& block) {
-  return block.*counter;
-}
-
-template <std::size_t i>
-std::int32_t ratio_of(const PeriodBlock& block) {
-  return percentage(block, kRatios[i]);
-}
-
-template <std::size_t i>
-std::int32_t further_of(const PeriodBlock& block) {
-  return block.further[i];
-}
-
-/// The kinds in the order of the order-by values. "ctg" comes before "ctt" here, although it comes
-/// after it in a block. That is how the values are numbered (contract: kind-order).
-constexpr std::array<Figure, 15> kKinds{
-    counter_of<&PeriodBlock::rin>,
-    counter_of<&PeriodBlock::uin>,
-    counter_of<&PeriodBlock::out>,
-    counter_of<&PeriodBlock::clk>,
-    counter_of<&PeriodBlock::cef>,
-    counter_of<&PeriodBlock::ctg>,
-    counter_of<&PeriodBlock::ctt>,
-    ratio_of<0>,  // clk per rin
-    ratio_of<1>,  // cef per uin
-    ratio_of<2>,  // cef per out
-    ratio_of<3>,  // ctt per out
-    ratio_of<4>,  // out per rin
-    further_of<0>,
-    further_of<1>,
-    further_of<2>,
-};
-
-constexpr std::size_t kOrderValueCount = kPeriodCount * kKinds.size();
+constexpr std::size_t kOrderValueCount = kPeriodCount * kOrderKinds.size();
 constexpr std::size_t kFallbackValue = 16;  ///< rin24
 constexpr std::size_t kAscendingValue =
     57;  ///< out99 per rin99: the lowest comes first (contract: ascending-57).
@@ -69,8 +32,8 @@ std::size_t order_value(std::string_view order_by) {
 struct RankKey {
   explicit RankKey(std::string_view order_by) {
     const std::size_t value = order_value(order_by);
-    figure = kKinds[(value - 1) % kKinds.size()];
-    period = (value - 1) / kKinds.size();
+    figure = kOrderKinds[(value - 1) % kOrderKinds.size()].figure;
+    period = (value - 1) / kOrderKinds.size();
     flip = value == kAscendingValue ? -1 : 0;
   }
 
@@ -81,7 +44,7 @@ struct RankKey {
   /// The greater one ranks first: where the lowest figure is to, its bits are flipped.
   [[nodiscard]] std::int32_t of(const TradeRow& row) const { return figure_of(row) ^ flip; }
 
-  Figure figure;
+  std::int32_t (*figure)(const PeriodBlock&);
   std::size_t period;
   std::int32_t flip;
 };

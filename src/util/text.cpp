@@ -40,6 +40,12 @@ bool has_control_character(std::string_view text) {
   return std::any_of(text.begin(), text.end(), is_control);
 }
 
+std::string_view trimmed(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t";
+  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
 std::string_view trim_control_characters(std::string_view text) {
   while (!text.empty() && is_control(text.front())) text.remove_prefix(1);
   while (!text.empty() && is_control(text.back())) text.remove_suffix(1);

@@ -19,6 +19,9 @@ void lower_case(std::string& text);
 /// Whether a byte below 32, or 127, is in the text.
 bool has_control_character(std::string_view text);
 
+/// The text without the blanks at its ends: spaces and tabs.
+std::string_view trimmed(std::string_view text);
+
 /// The text without the control characters at its ends.
 std::string_view trim_control_characters(std::string_view text);
 

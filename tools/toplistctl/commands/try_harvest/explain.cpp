@@ -55,9 +55,9 @@ class Account {
 
   std::string fetch_raw(const std::string& host, const std::string& url) const {
     RawResponse response = get_(host, url);
-    add(response.failure.empty() ? "  " + count_of(response.bytes.size(), "byte") + ", beginning " +
-                                       in_quotes(first_line(response.bytes))
-                                 : "  nothing came: " + std::string(response.failure));
+    add(response.failure ? "  nothing came: " + std::string(failure_text(*response.failure))
+                         : "  " + count_of(response.bytes.size(), "byte") + ", beginning " +
+                               in_quotes(first_line(response.bytes)));
     return std::move(response).text();
   }
 
