@@ -3,7 +3,7 @@
 #include <array>
 #include <exception>
 
-#include "toplistctl/commands/commands.h"
+#include "toplistctl/commands.h"
 #include "toplistctl/lib/command_line/command_line.h"
 #include "toplistctl/lib/output/console.h"
 

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "toplist/definitions.h"
-#include "toplistctl/commands/commands.h"
+#include "toplistctl/commands.h"
 #include "toplistctl/lib/command_line/site_option.h"
 #include "toplistctl/lib/output/console.h"
 #include "toplistctl/lib/site_files/whole_file.h"

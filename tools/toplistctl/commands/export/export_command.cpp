@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "run/statistics.h"
-#include "toplistctl/commands/commands.h"
+#include "toplistctl/commands.h"
 #include "toplistctl/commands/export/toplist_export.h"
 #include "toplistctl/lib/command_line/site_option.h"
 #include "toplistctl/lib/formats/figures_csv.h"

@@ -2,7 +2,7 @@
 #include <memory>
 #include <string>
 
-#include "toplistctl/commands/commands.h"
+#include "toplistctl/commands.h"
 #include "toplistctl/commands/init/init_harvest.h"
 #include "toplistctl/lib/new_site/empty_site.h"
 #include "toplistctl/lib/output/console.h"

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "render/render.h"
-#include "toplistctl/commands/commands.h"
+#include "toplistctl/commands.h"
 #include "toplistctl/commands/render/page_folder.h"
 #include "toplistctl/commands/render/unified_diff.h"
 #include "toplistctl/lib/command_line/site_option.h"

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "run/trade_record.h"
-#include "toplistctl/commands/commands.h"
+#include "toplistctl/commands.h"
 #include "toplistctl/commands/sample/sample_site.h"
 #include "toplistctl/lib/output/console.h"
 

@@ -9,7 +9,7 @@
 
 #include "run/statistics.h"
 #include "run/sys_log.h"
-#include "toplistctl/commands/commands.h"
+#include "toplistctl/commands.h"
 #include "toplistctl/commands/show/show.h"
 #include "toplistctl/lib/command_line/site_option.h"
 #include "toplistctl/lib/formats/order_names.h"

@@ -2,7 +2,7 @@
 #include <ctime>
 #include <memory>
 
-#include "toplistctl/commands/commands.h"
+#include "toplistctl/commands.h"
 #include "toplistctl/lib/command_line/site_option.h"
 #include "toplistctl/lib/output/console.h"
 #include "toplistctl/lib/site_view/status.h"

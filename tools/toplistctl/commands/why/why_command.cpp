@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "toplistctl/commands/commands.h"
+#include "toplistctl/commands.h"
 #include "toplistctl/commands/why/report.h"
 #include "toplistctl/lib/command_line/site_option.h"
 #include "toplistctl/lib/output/console.h"

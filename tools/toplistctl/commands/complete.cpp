@@ -1,6 +1,6 @@
 #include <memory>
 
-#include "toplistctl/commands/commands.h"
+#include "toplistctl/commands.h"
 #include "toplistctl/lib/command_line/completion.h"
 #include "toplistctl/lib/output/console.h"
 
