@@ -1,5 +1,7 @@
 #include "toplistctl/lib/output/records.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <cctype>
 #include <utility>
@@ -10,16 +12,29 @@
 namespace toplist::ctl {
 namespace {
 
-std::string plain_text(const Json& value) {
-  if (value.is_null()) return "";
-  if (value.is_string()) return value.get<std::string>();
-  if (value.is_boolean()) return value.get<bool>() ? "yes" : "no";
-  if (!value.is_object()) return value.dump();
-  std::string text;
-  for (const auto& [name, number] : value.items()) {
-    text += (text.empty() ? "" : ", ") + name + " " + number.dump();
+std::string plain_text(const Value& value);
+
+struct ToText {
+  std::string operator()(std::monostate /*nothing*/) const { return ""; }
+  std::string operator()(bool truth) const { return truth ? "yes" : "no"; }
+  std::string operator()(std::int64_t number) const { return std::to_string(number); }
+  std::string operator()(const std::string& text) const { return text; }
+  std::string operator()(const List& list) const {
+    std::string text;
+    for (const Value& value : list) text += (text.empty() ? "" : ", ") + plain_text(value);
+    return text;
   }
-  return text;
+  std::string operator()(const Members& members) const {
+    std::string text;
+    for (const auto& [name, value] : members) {
+      text += fmt::format("{}{} {}", text.empty() ? "" : ", ", name, plain_text(value));
+    }
+    return text;
+  }
+};
+
+std::string plain_text(const Value& value) {
+  return std::visit(ToText{}, static_cast<const Value::Base&>(value));
 }
 
 std::string heading(const std::string& name) {
@@ -35,16 +50,15 @@ void add_row(CsvText& csv, const std::vector<std::string>& cells) {
   csv.end_row();
 }
 
-std::vector<std::string> plain_texts(const std::vector<Json>& values) {
-  std::vector<std::string> texts;
-  texts.reserve(values.size());
-  for (const Json& value : values) texts.push_back(plain_text(value));
+std::vector<std::string> plain_texts(const List& values) {
+  std::vector<std::string> texts(values.size());
+  std::transform(values.begin(), values.end(), texts.begin(), plain_text);
   return texts;
 }
 
 }  // namespace
 
-void Records::add(std::vector<Json> values) { records_.push_back(std::move(values)); }
+void Records::add(List values) { records_.push_back(std::move(values)); }
 
 std::string Records::text(Format format) const {
   if (format == Format::json) return json_text(json());
@@ -54,8 +68,9 @@ std::string Records::text(Format format) const {
 std::string Records::table_text() const {
   std::vector<Table::Column> columns;
   for (std::size_t i = 0; i < names_.size(); ++i) {
-    const bool numbers = std::any_of(records_.begin(), records_.end(),
-                                     [i](const auto& values) { return values[i].is_number(); });
+    const bool numbers = std::any_of(records_.begin(), records_.end(), [i](const List& values) {
+      return values[i].is<std::int64_t>();
+    });
     columns.push_back({heading(names_[i]), numbers ? Table::Align::right : Table::Align::left});
   }
   Table table(std::move(columns));
@@ -70,12 +85,12 @@ std::string Records::csv_text() const {
   return csv.text();
 }
 
-Json Records::json() const {
-  Json list = Json::array();
-  for (const auto& values : records_) {
-    Json object = Json::object();
-    for (std::size_t i = 0; i < names_.size(); ++i) object[names_[i]] = values[i];
-    list.push_back(std::move(object));
+Value Records::json() const {
+  List list;
+  for (const List& values : records_) {
+    Members object;
+    for (std::size_t i = 0; i < names_.size(); ++i) object.emplace_back(names_[i], values[i]);
+    list.emplace_back(std::move(object));
   }
   return list;
 }

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "toplistctl/lib/output/json.h"
+#include "toplistctl/lib/output/value.h"
 
 namespace toplist::ctl {
 
@@ -23,17 +23,17 @@ class Records {
 
   /// One value for each name: a text, a number, a truth value, nothing (null), or an object of
   /// numbers. People see "yes" and "no" for truth values, and "name number, ..." for objects.
-  void add(std::vector<Json> values);
+  void add(List values);
 
   [[nodiscard]] std::string text(Format format) const;
 
  private:
   [[nodiscard]] std::string table_text() const;
   [[nodiscard]] std::string csv_text() const;
-  [[nodiscard]] Json json() const;
+  [[nodiscard]] Value json() const;
 
   std::vector<std::string> names_;
-  std::vector<std::vector<Json>> records_;
+  std::vector<List> records_;
 };
 
 }  // namespace toplist::ctl

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "toplistctl/lib/output/printable.h"
+#include "toplistctl/lib/output/console.h"
 
 namespace toplist::ctl {
 namespace {
