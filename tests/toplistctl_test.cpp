@@ -78,7 +78,7 @@ TEST(Toplistctl, CheckOfTheSampleSiteIsCleanUntilSomethingBreaks) {
   EXPECT_EQ(run_ctl(site, "check --site s2"), 0);
   EXPECT_EQ(site.read("out"),
             "Nothing found: 12 trades, 12 of them active, and 5 toplists.\n"
-            "5 less grave left out; --min-effect note shows all.\n");
+            "Hidden: 5 less serious findings. --min-effect note shows all.\n");
   EXPECT_EQ(run_ctl(site, "check --site s2 --min-effect note"), 1);
   EXPECT_EQ(run_ctl(site, "check --site s2 --min-effect note --ignore rank-beyond-list"), 0);
 

@@ -7,8 +7,8 @@
 /// The commands of toplistctl. Each function adds one command to the program.
 namespace toplist::ctl {
 
-/// check: tells what is wrong with a site.
-void add_check_command(CLI::App& app, int& exit_status);
+/// check: reports what is wrong with a site.
+void add_check_command(const Command& program);
 
 /// status: whether the schedule is alive.
 void add_status_command(CLI::App& app, int& exit_status);
