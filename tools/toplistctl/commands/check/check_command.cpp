@@ -3,10 +3,10 @@
 #include <iterator>
 #include <memory>
 
+#include "toplistctl/commands.h"
 #include "toplistctl/commands/check/check.h"
 #include "toplistctl/commands/check/report.h"
 #include "toplistctl/commands/check/selection.h"
-#include "toplistctl/commands.h"
 #include "toplistctl/lib/command_line/site_option.h"
 #include "toplistctl/lib/diagnostics/kinds.h"
 #include "toplistctl/lib/output/console.h"
