@@ -13,7 +13,6 @@
 
 #include "run/trade_record.h"
 #include "support/site.h"
-#include "toplistctl/commands/sample/sample_site.h"
 #include "util/file.h"
 #include "util/shell.h"
 #include "util/text.h"
@@ -61,9 +60,9 @@ std::map<std::string, std::string> data_of(const Site& site) {
 
 TEST(DataCommands, AnImportedSampleHasThePagesOfTheOriginal) {
   const Site site{Site::Bare{}};
-  ASSERT_EQ(site::write_sample_site(site.path("s"), {.thumbnails = site::Thumbnails::none}), "");
   Shell shell(site);
-  ASSERT_EQ(shell.run("toplistctl export trades --site s >t.csv\n"
+  ASSERT_EQ(shell.run("toplistctl sample s\n"
+                      "toplistctl export trades --site s >t.csv\n"
                       "toplistctl export figures --site s >f.csv\n"
                       "cp -R s copy && rm copy/d/h/* copy/d/t/* copy/d/tl/tl.a1\n"
                       "toplistctl import trades --site copy t.csv\n"

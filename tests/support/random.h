@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace toplist::site {
+namespace toplist::test {
 
 /// A small generator of repeatable numbers (SplitMix64): a seed gives the same numbers everywhere,
 /// which the standard library's distributions do not promise.
@@ -30,4 +30,4 @@ class Random {
   std::uint64_t state_;
 };
 
-}  // namespace toplist::site
+}  // namespace toplist::test
