@@ -16,7 +16,7 @@ void bridge(const Command& command) {
   kAdd(*command.app(), *command.exit_status());
 }
 
-constexpr std::array<void (*)(const Command&), 13> kCommands{bridge<add_check_command>,
+constexpr std::array<void (*)(const Command&), 13> kCommands{add_check_command,
                                                              bridge<add_status_command>,
                                                              add_show_command,
                                                              bridge<add_render_command>,
@@ -26,8 +26,8 @@ constexpr std::array<void (*)(const Command&), 13> kCommands{bridge<add_check_co
                                                              bridge<add_expand_command>,
                                                              bridge<add_export_command>,
                                                              bridge<add_import_command>,
-                                                             bridge<add_sample_command>,
-                                                             bridge<add_init_command>,
+                                                             add_sample_command,
+                                                             add_init_command,
                                                              add_complete_command};
 
 }  // namespace

@@ -42,7 +42,7 @@ Words effects() {
 }
 
 Words finding_kinds() {
-  return names_of(kinds::kAll, [](const Kind* kind) { return kind->name; });
+  return names_of(kinds::all(), [](const Kind* kind) { return kind->name; });
 }
 
 /// What may be a value whose type the help calls so.
