@@ -529,9 +529,13 @@ TEST(HarvestRun, CommandsHaveTheCallersLimitAndTheStandardDescriptorsOnly) {
 TEST(HarvestThreads, LeaveTheLimitOfDescriptorsAsItWas) {
   rlimit before{}, after{};
   ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+  const rlim_t former = std::exchange(before.rlim_cur, before.rlim_max - 1);
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
   harvest_thumbnails({});
   ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &after), 0);
   EXPECT_EQ(after.rlim_cur, before.rlim_cur);
+  before.rlim_cur = former;
+  ::setrlimit(RLIMIT_NOFILE, &before);
 }
 
 TEST(HarvestWorker, WithoutAFetchMethodAsksNobody) {

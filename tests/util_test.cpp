@@ -69,7 +69,9 @@ TEST(Fields, SkipPassesOverAnyFields) {
     for (std::size_t n = 0; n < count; ++n) reading.next(field);
     const bool is_there = reading.next(expected);
     ASSERT_EQ(skipping.next(field), is_there) << text;
-    if (is_there) ASSERT_EQ(field.data(), expected.data()) << text << ' ' << count;
+    if (is_there) {
+      ASSERT_EQ(field.data(), expected.data()) << text << ' ' << count;
+    }
   }
 }
 

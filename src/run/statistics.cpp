@@ -3,6 +3,7 @@
 #include <array>
 
 #include "util/fields.h"
+#include "util/large_pages.h"
 #include "util/number.h"
 #include "util/text.h"
 #include "util/text_column.h"
@@ -67,6 +68,7 @@ ExtraColumnFields read_extra_column_fields(std::string_view text) {
 std::vector<TradeRow> build_rows(std::span<const TradeRecord> trades) {
   std::vector<TradeRow> rows;
   rows.reserve(trades.size());
+  prefer_large_pages(rows.data(), rows.capacity() * sizeof(TradeRow));
   for (const TradeRecord& trade : trades) {
     if (!is_active(trade)) continue;
     TradeRow& row = rows.emplace_back();
