@@ -7,7 +7,7 @@
 #include "toplistctl/commands.h"
 #include "toplistctl/lib/command_line/site_option.h"
 #include "toplistctl/lib/output/console.h"
-#include "toplistctl/lib/site_files/whole_file.h"
+#include "toplistctl/lib/site_files/site_change.h"
 #include "toplistctl/lib/templates/digest.h"
 #include "util/file.h"
 #include "util/sha1.h"
@@ -45,9 +45,11 @@ int update_definitions(const std::vector<CheckValue>& values) {
     text = std::move(*updated);
   }
   if (text == file.text()) return 0;
-  const int error = replace_file(kDefinitionsPath, text);
-  if (error == 0) return 0;
-  return fail(std::string("cannot write ") + kDefinitionsPath, error);
+  auto change = SiteChange::begin("digest --update");
+  if (!change) return fail(change.error().text());
+  change->write(kDefinitionsPath, text);
+  const auto done = change->commit();
+  return done ? 0 : fail(done.error().text());
 }
 
 int digest(const Arguments& arguments) {

@@ -10,7 +10,7 @@
 #include "toplistctl/commands.h"
 #include "toplistctl/lib/command_line/site_option.h"
 #include "toplistctl/lib/output/console.h"
-#include "toplistctl/lib/site_files/whole_file.h"
+#include "toplistctl/lib/site_files/new_file.h"
 #include "toplistctl/lib/templates/expansion.h"
 #include "toplistctl/lib/templates/installation.h"
 #include "toplistctl/lib/templates/template_check.h"
@@ -75,8 +75,8 @@ int refuse_to_overwrite(const std::string& path) {
 int write_output(const Expansion& expansion, const std::string& path) {
   if (path.empty()) return print(expansion.text);
   if (is_source(expansion, path)) return refuse_to_overwrite(path);
-  const int error = replace_file(path, expansion.text);
-  return error == 0 ? 0 : fail("cannot write " + path, error);
+  const auto done = replace_file(path, expansion.text);
+  return done ? 0 : fail(done.error().text());
 }
 
 /// The use that the site makes of the template; in the working directory.

@@ -9,7 +9,7 @@
 #include "run/statistics.h"
 #include "toplist/definitions.h"
 #include "toplistctl/lib/output/console.h"
-#include "toplistctl/lib/site_files/whole_file.h"
+#include "toplistctl/lib/site_files/site_change.h"
 #include "toplistctl/lib/templates/digest.h"
 #include "util/file.h"
 
@@ -18,8 +18,6 @@ namespace {
 
 constexpr std::array kOtherFiles{kDefinitionsPath, kSettingsPath, kExtraColumnsPath,
                                  kHarvestConfigPath};
-
-int cannot_write(const std::string& path, int error) { return fail("cannot write " + path, error); }
 
 }  // namespace
 
@@ -42,15 +40,11 @@ int install_template(const std::string& name, const std::string& text) {
   const std::string value = check_value_of(text);
   const auto updated = with_check_value(definitions.text(), name, value);
 
-  PreparedFiles files;
-  int error = files.prepare(path, text);
-  if (error == 0 && updated) error = files.prepare(kDefinitionsPath, *updated);
-  // A run that comes in between, or after a power cut there, finds the new template under the old
-  // value: it leaves the page as it is, and whatever is done next, this command again or a
-  // "digest --update", leads to the new page. The other way round it could lead back to the old
-  // one.
-  if (error == 0) error = files.replace();
-  if (error != 0) return cannot_write(files.failed(), error);
+  auto change = SiteChange::begin("expand --install");
+  if (!change) return fail(change.error().text());
+  change->write(path, text);
+  if (updated) change->write(kDefinitionsPath, *updated);
+  if (const auto done = change->commit(); !done) return fail(done.error().text());
   if (!updated) warn(std::string(kDefinitionsPath) + " has no toplist with " + name + " yet");
   return print(value + "  " + name + "\n");
 }
