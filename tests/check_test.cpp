@@ -433,6 +433,35 @@ TEST(Check, FindsWhereTheTagsOfATemplateAreTooMany) {
   EXPECT_TRUE(site.read("top.html").ends_with("101 102\n101 %%tid_001%%\n"));
 }
 
+TEST(Check, FindsWordsThatOurImageToolDoesNotAccept) {
+  const CleanSite site;
+  for (const char* const program : {"toplist-thumbnail", "convert"}) site.add_program(program);
+  site.make_dir("l/sys/net");
+  struct Words {
+    const char* image_tool;
+    const char* args;
+    int line;  ///< of the finding; 0 without one
+  };
+  constexpr Words kWords[] = {
+      {"toplist-thumbnail", "", 0},
+      {"toplist-thumbnail ", " 60x9999 ", 0},
+      {"toplist-thumbnail 2>/dev/null", "'240x180'", 0},
+      {"convert", "-resize 240x180", 0},
+      {"toplist-thumbnail", "240x180!", 3},
+      {"toplist-thumbnail", "0x0", 3},
+      {"toplist-thumbnail", "240", 3},
+      {"toplist-thumbnail", "240x18000", 3},
+      {"toplist-thumbnail", "-resize 240x180", 3},
+      {"toplist-thumbnail", "240x180;", 3},
+      {"toplist-thumbnail 240x180", "", 2},
+  };
+  for (const auto& [image_tool, args, line] : kWords) {
+    site.configure({.image_tool = image_tool, .image_tool_args = args, .harvest = "1"});
+    const std::string place = "thumbnail-size d/tl/vantaig, line " + std::to_string(line) + "\n";
+    EXPECT_EQ(summary(findings_in(site)), line == 0 ? "" : place) << image_tool << " " << args;
+  }
+}
+
 TEST(Check, TellsWhosePictureTheImageToolWouldWorkOn) {
   const CleanSite site;
   for (const auto& [url, owner] : {std::pair{"http://t02.example/", "the picture of record 2"},

@@ -12,6 +12,7 @@
 #include "toplistctl/commands/check/check.h"
 #include "toplistctl/lib/diagnostics/kinds.h"
 #include "util/fields.h"
+#include "util/number.h"
 #include "util/text.h"
 
 namespace toplist::ctl {
@@ -48,6 +49,53 @@ std::string program_of(std::string_view command) {
   return is_plain && !is_shells ? std::string(word) : "";
 }
 
+constexpr std::string_view kBlanks = " \t";
+
+std::string_view trim_blanks(std::string_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
+bool is_own_tool(std::string_view program) {
+  return program.substr(program.rfind('/') + 1) == "toplist-thumbnail";
+}
+
+/// One to four digits without a zero in front, as toplist-thumbnail takes them.
+bool is_length(std::string_view text) {
+  return !text.empty() && text.size() <= 4 && text[0] != '0' &&
+         std::all_of(text.begin(), text.end(), is_digit);
+}
+
+bool is_size(std::string_view word) {
+  const std::size_t x = word.find('x');
+  return x != std::string_view::npos && is_length(word.substr(0, x)) &&
+         is_length(word.substr(x + 1));
+}
+
+/// Whether only the shell knows which words the text becomes: it has quotes, variables or
+/// redirections.
+bool is_for_shell(std::string_view text) {
+  return text.find_first_of("\"'\\$`<>") != std::string_view::npos;
+}
+
+/// The words between the paths, and those after toplist-thumbnail, which come before them.
+void check_size(const HarvestConfig& config, Diagnostics& findings) {
+  const std::string program = program_of(config.image_tool());
+  if (!is_own_tool(program)) return;
+  const auto add = [&](HarvestConfig::Line line, std::string_view words) {
+    findings.push_back({&kinds::kThumbnailSize,
+                        {.file = kHarvestConfigPath, .line = line},
+                        "toplist-thumbnail does not accept " + in_quotes(words)});
+  };
+  const std::string_view options =
+      trim_blanks(trim_blanks(config.image_tool()).substr(program.size()));
+  if (!options.empty() && !is_for_shell(options)) add(HarvestConfig::kImageTool, options);
+  const std::string_view size = trim_blanks(config.image_tool_args());
+  if (!size.empty() && !is_size(size) && !is_for_shell(size)) {
+    add(HarvestConfig::kImageToolArgs, size);
+  }
+}
+
 void check_program(HarvestConfig::Line line, const std::string& program,
                    std::string_view program_path, Diagnostics& findings) {
   if (program.empty() || is_found(program, program_path)) return;
@@ -63,9 +111,8 @@ using Records = std::map<std::string_view, std::size_t>;  ///< by domain
 
 /// Whether the image tool reads the picture that is named by the page's host.
 bool reads_input(const HarvestConfig& config) {
-  constexpr std::string_view kOwnTool = "toplist-thumbnail";
   const std::string program = program_of(config.image_tool());
-  return !program.empty() && program.substr(program.rfind('/') + 1) != kOwnTool;
+  return !program.empty() && !is_own_tool(program);
 }
 
 /// What the image tool finds under the name of a page's host.
@@ -101,6 +148,7 @@ void check_programs(const SiteView& site, std::string_view program_path, Diagnos
   const HarvestConfig& config = site.run.config;
   if (!config.harvest_enabled()) return;
   check_program(HarvestConfig::kImageTool, program_of(config.image_tool()), program_path, findings);
+  check_size(config, findings);
   const DownloadMethod* const method = find_download_method(config.fetch_method());
   if (method == nullptr) return;
   check_program(HarvestConfig::kFetchMethod, std::string(method->program()), program_path,
