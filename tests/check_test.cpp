@@ -21,7 +21,7 @@
 #include "toplistctl/commands/show/show.h"
 #include "toplistctl/lib/diagnostics/kinds.h"
 #include "toplistctl/lib/site_files/whole_file.h"
-#include "toplistctl/lib/templates/digest.h"
+#include "toplistctl/lib/templates/check_values.h"
 #include "util/sha1.h"
 
 namespace toplist::test {

@@ -7,7 +7,7 @@
 
 #include "toplist/definitions.h"
 #include "toplistctl/lib/formats/site_writer.h"
-#include "toplistctl/lib/templates/installation.h"
+#include "toplistctl/lib/templates/check_values.h"
 #include "util/fields.h"
 #include "util/text.h"
 

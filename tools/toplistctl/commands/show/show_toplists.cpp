@@ -3,7 +3,7 @@
 
 #include "toplist/ranking.h"
 #include "toplistctl/commands/show/show.h"
-#include "toplistctl/lib/templates/places.h"
+#include "toplistctl/lib/templates/template_walk.h"
 
 namespace toplist::ctl {
 namespace {

@@ -260,6 +260,10 @@ inline constexpr Kind kSourceDiffers{
     "The page comes from the template and not from its source. If the source is right: toplistctl "
     "expand --install SOURCE. If the template is, change the source before that undoes it."};
 
+inline constexpr Kind kSourceError{
+    "source-error", Effect::show,
+    "Fix the source. Until then toplistctl expand cannot write the template."};
+
 // --- what nothing uses ---
 
 inline constexpr Kind kUnusedTemplate{"unused-template", Effect::note,
@@ -294,7 +298,8 @@ inline constexpr std::array kAll{
     &kMalformedTag,     &kUnknownName,        &kRankBeyondList,
     &kOddRank,          &kOddColumn,          &kMissingColumn,
     &kOpenBlock,        &kTooManyTags,        &kSourceDiffers,
-    &kUnusedTemplate,   &kUnusedHistory,      &kUnusedThumbnail,
+    &kSourceError,      &kUnusedTemplate,     &kUnusedHistory,
+    &kUnusedThumbnail,
 };
 
 }  // namespace toplist::ctl::kinds

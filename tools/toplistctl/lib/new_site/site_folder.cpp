@@ -7,7 +7,7 @@
 #include <system_error>
 #include <utility>
 
-#include "toplistctl/lib/templates/digest.h"
+#include "toplistctl/lib/templates/check_values.h"
 #include "util/file.h"
 
 namespace toplist::site {

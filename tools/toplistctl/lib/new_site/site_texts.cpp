@@ -8,9 +8,8 @@
 
 #include "toplist/definitions.h"
 #include "toplistctl/lib/new_site/embedded_files.h"
-#include "toplistctl/lib/templates/digest.h"
-#include "toplistctl/lib/templates/expansion.h"
-#include "toplistctl/lib/templates/installation.h"
+#include "toplistctl/lib/templates/check_values.h"
+#include "toplistctl/lib/templates/source.h"
 
 namespace toplist::site {
 namespace {
@@ -27,9 +26,9 @@ std::vector<std::string> source_paths(const SiteTexts& texts) {
 
 std::string expand(const std::string& source, const SiteTexts& texts) {
   auto expansion =
-      ctl::expand_source(source, [&texts](const std::string& path) -> std::optional<std::string> {
+      ctl::expand_source(source, [&texts](const std::string& path) -> ctl::Expected<std::string> {
         const auto found = texts.find(path);
-        if (found == texts.end()) return std::nullopt;
+        if (found == texts.end()) return ctl::failure("cannot open " + path);
         return found->second;
       });
   // Not the user's doing: the sources are our own.
