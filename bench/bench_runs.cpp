@@ -1,5 +1,5 @@
-// Whole runs against reading the same files, by the floor and by cat, and the digest against
-// sha1sum: processes, measured alternately.
+// Whole runs against the floor, which reads the same files and writes the same pages, and against
+// cat, which only reads; and the digest against sha1sum. All are processes, measured alternately.
 //
 // usage: bench_runs TOPLIST FLOOR ROUNDS SITE...     (sites in ascending order of their trades)
 
@@ -36,6 +36,7 @@ using Command = std::vector<std::string>;
 
 constexpr double kDigestMebibytes = 256;
 constexpr double kBaseKibibytes = 16 * 1024;
+constexpr double kFloorGoal = 2.2;
 
 struct Programs {
   std::string toplist, floor;
@@ -88,11 +89,14 @@ struct Usages {
   }
 };
 
-/// The files that a run reads, a NUL behind each as "xargs -0" takes them. Each is named once, also
-/// the templates, which a run reads twice: for the digest and for the page.
-std::string input_files(const fs::path& site) {
-  std::string list;
-  const auto add = [&list](const std::string& path) { list += path + '\0'; };
+/// The files of a run, as lists of paths with a NUL behind each, as "xargs -0" takes them. Each is
+/// named once, also the templates, which a run reads twice: for the digest and for the page.
+struct FileLists {
+  std::string inputs, pages;
+};
+FileLists files_of(const fs::path& site) {
+  FileLists lists;
+  const auto add = [&list = lists.inputs](const std::string& path) { list += path + '\0'; };
   for (const char* path :
        {toplist::kTradesPath, toplist::kHarvestConfigPath, toplist::kExtraColumnsPath,
         toplist::kSumPath, toplist::kDefinitionsPath, toplist::kSettingsPath}) {
@@ -105,15 +109,16 @@ std::string input_files(const fs::path& site) {
   definitions.read(site / toplist::kDefinitionsPath);
   for (const auto& definition : toplist::parse_definitions(definitions.text())) {
     add(definition.template_path);
+    lists.pages += definition.output_path + '\0';
   }
-  return list;
+  return lists;
 }
 
 std::size_t trade_count(const fs::path& site) {
   return fs::file_size(site / "d/t/index") / sizeof(toplist::TradeRecord);
 }
 
-/// Bytes of the largest file in a list as input_files() gives it, or of the list itself.
+/// Bytes of the largest file in a list of paths, or of the list itself.
 std::uintmax_t largest_file(const fs::path& site, const std::string& list) {
   std::uintmax_t largest = list.size();
   toplist::FieldReader paths(list, '\0');
@@ -126,13 +131,16 @@ std::uintmax_t largest_file(const fs::path& site, const std::string& list) {
 /// What `times` runs of a site took, and of what it is measured against, in turns.
 struct Comparison {
   Comparison(const Programs& programs, const fs::path& site, int times) {
-    const std::string files = input_files(site);
-    const fs::path list = fs::absolute(site) += ".files";
-    toplist::write_file(list, files);
-    const Command floor{programs.floor, list, std::to_string(largest_file(site, files))};
-    const Command cat{"xargs", "-0", "-a", list, "cat"};
+    const FileLists files = files_of(site);
+    const fs::path inputs = fs::absolute(site) += ".inputs", pages = fs::absolute(site) += ".pages";
+    toplist::write_file(inputs, files.inputs);
+    toplist::write_file(pages, files.pages);
     const Command toplist_run{programs.toplist, "run"};
+    const Command cat{"xargs", "-0", "-a", inputs, "cat"};
     for (const Command& command : {cat, toplist_run}) run(command, site);  // fills the page cache
+    const auto largest =
+        std::max(largest_file(site, files.inputs), largest_file(site, files.pages));
+    const Command floor{programs.floor, inputs, pages, std::to_string(largest)};
     for (int i = 0; i < times; ++i) {
       floors.add(run(floor, site));
       cats.add(run(cat, site));
@@ -155,8 +163,7 @@ double compare_site(const Programs& programs, int rounds, const fs::path& site, 
   const Comparison times(programs, site, times_for(trades, rounds));
   const double wall = median(times.runs.wall);
   const std::string what = std::to_string(trades) + " trades, ";
-  table.add_times(what + "wall time / floor", wall, median(times.floors.wall),
-                  trades <= 10000 ? 2.5 : 3);
+  table.add_times(what + "wall time / floor", wall, median(times.floors.wall), kFloorGoal);
   table.add_times(what + "processor time / floor", median(times.runs.processor),
                   median(times.floors.processor), 0);
   table.add_times(what + "wall time / cat", wall, median(times.cats.wall),

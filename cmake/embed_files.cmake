@@ -1,9 +1,9 @@
-# embed_files(TARGET FOLDER): compiles the files below FOLDER, but for README.md, into TARGET, which
-# then has the function that toplistctl/lib/new_site/embedded_files.h declares. The assembler takes the
-# bytes in, so it costs no time and works for every processor that is built for.
+# embed_files(TARGET FOLDER): compiles the files below FOLDER, except README.md and partner/, into TARGET,
+# which then has the function that toplistctl/lib/new_site/embedded_files.h declares. The assembler includes
+# the bytes, so this costs no time and works for every processor.
 function(embed_files target folder)
   file(GLOB_RECURSE paths CONFIGURE_DEPENDS LIST_DIRECTORIES false RELATIVE ${folder} ${folder}/*)
-  list(REMOVE_ITEM paths README.md)
+  list(FILTER paths EXCLUDE REGEX "^(README.md|partner/)")
   list(SORT paths)
 
   # Each file ends where the next label stands.
@@ -33,7 +33,7 @@ asm(R"(.pushsection .rodata
 extern "C" {
 @labels@}
 
-namespace toplist::site {
+namespace toplist::ctl {
 
 std::span<const EmbeddedFile> embedded_files() {
   static constexpr EmbeddedFile kFiles[] = {
@@ -41,7 +41,7 @@ std::span<const EmbeddedFile> embedded_files() {
   return kFiles;
 }
 
-}  // namespace toplist::site
+}  // namespace toplist::ctl
 ]])
   list(TRANSFORM paths PREPEND ${folder}/)
   set_source_files_properties(${source} PROPERTIES OBJECT_DEPENDS "${paths}")

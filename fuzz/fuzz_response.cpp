@@ -26,13 +26,11 @@ std::ptrdiff_t number_of(const std::string& digits) {
 /// The number of bytes that a head announces beyond doubt; below 0 without any. Each of its lines
 /// has a line feed in front.
 std::ptrdiff_t announced_by(const std::string& head) {
-  static const std::regex status("^\nHTTP/[^ \n]* [ \t]*[2-5]");
-  static const std::regex folded("\n[ \t]");
-  static const std::regex framing("\n(Transfer-Encoding|Content-Length)[ \t]*(?=[:\n])",
-                                  std::regex::icase);
-  static const std::regex length("\nContent-Length[ \t]*:[ \t]*([0-9]+)[ \t]*\n",
-                                 std::regex::icase);
-  if (!std::regex_search(head, status) || std::regex_search(head, folded)) return -1;
+  static const std::regex form(
+      "\nHTTP/[^ \n]* [ \t]*(?!204|304)[2-5][0-9]{2}([ \t][^\n]*)?(\n[^ \t:\n]+:[^\n]*)*\n");
+  static const std::regex framing("\n(Transfer-Encoding|Content-Length):", std::regex::icase);
+  static const std::regex length("\nContent-Length:[ \t]*([0-9]+)[ \t]*\n", std::regex::icase);
+  if (!std::regex_match(head, form)) return -1;
   const std::sregex_iterator first(head.begin(), head.end(), framing);
   std::smatch found;
   if (std::distance(first, {}) != 1 || !std::regex_search(head, found, length)) return -1;

@@ -5,9 +5,13 @@
 #include <cstring>
 #include <new>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include "run/run_driver.h"
 #include "run/sys_log.h"
+#include "util/file.h"
+#include "util/number.h"
 
 namespace {
 
@@ -19,6 +23,17 @@ void open_standard_descriptors() {
   int fd = 0;
   while (fd >= 0 && fd <= STDERR_FILENO) fd = ::open("/dev/null", O_RDWR);
   if (fd > STDERR_FILENO) ::close(fd);
+}
+
+/// Keeps the descriptors that the caller left open from the commands that the harvest runs. One may
+/// hold the scheduler's lock, which a slow download would keep locked after the run was killed.
+void keep_descriptors_from_commands() {
+  std::vector<std::string> open;
+  toplist::list_directory("/proc/self/fd", open);
+  for (const std::string& name : open) {
+    const int fd = toplist::parse_int32(name);
+    if (fd > STDERR_FILENO) ::fcntl(fd, F_SETFD, FD_CLOEXEC);
+  }
 }
 
 /// Keeps a reader that went away from standard output, and a file that reaches the scheduler's
@@ -36,6 +51,7 @@ void survive_failed_writes() {
 int main(int argc, char** argv) {
   if (argc != 2 || std::strcmp(argv[1], "run") != 0) return 0;
   open_standard_descriptors();
+  keep_descriptors_from_commands();
   survive_failed_writes();
   try {
     toplist::run_driver();

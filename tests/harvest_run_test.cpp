@@ -1,6 +1,7 @@
 // Whole runs that harvest thumbnails: over the loopback network, and with stand-ins for the tools.
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <array>
@@ -18,6 +19,7 @@
 #include <utility>
 #include <vector>
 
+#include "harvest/harvest.h"
 #include "harvest/harvest_worker.h"
 #include "net/raw_http.h"
 #include "support/loopback_server.h"
@@ -521,6 +523,29 @@ TEST(HarvestRun, PagesAreBuiltHoweverManyConnectionsAreHeldOpen) {
     EXPECT_EQ(site.log(), "");
     EXPECT_GE(server->requests().size() - before, c.fewest_requests);
   }
+}
+
+// A downloader that outlives a killed run must not hold the scheduler's lock, and without standard
+// descriptors its messages would go into the files that it opens.
+TEST(HarvestRun, CommandsHaveTheCallersLimitAndTheStandardDescriptorsOnly) {
+  const HarvestSite site(Visits{{"a.e", "http://a.e/"}});
+  site.remove("bin/fetch");
+  site.add_stand_in("fetch-limits", "fetch");
+  const std::string command = "ulimit -S -n 64; exec <&- >&- 2>&- 7>l/sys/a.lock 9>l/sys/b.lock; ";
+  const RunResult result =
+      site.start({.program = "/bin/sh",
+                  .arguments = {"-c", command + TOPLIST_PROGRAM " run"},
+                  .environment = {"PATH=" + site.path("bin") + ":/usr/bin:/bin"}});
+  EXPECT_EQ(result, RunResult{});
+  EXPECT_EQ(site.read("limits"), "64: 0 1 2");
+}
+
+TEST(HarvestThreads, LeaveTheLimitOfDescriptorsAsItWas) {
+  rlimit before{}, after{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+  harvest_thumbnails({});
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &after), 0);
+  EXPECT_EQ(after.rlim_cur, before.rlim_cur);
 }
 
 TEST(HarvestWorker, WithoutAFetchMethodAsksNobody) {

@@ -53,7 +53,7 @@ const std::string kThumbnail(3000, 'p');
 TEST(HarvestRoot, HarvestsForTheSiteAndBuildsNoPage) {
   const HarvestedSite site;
   const Site root{Site::Bare{}};
-  ASSERT_EQ(lay_out_harvest_root(site.path(""), root.path("")), "");
+  ASSERT_TRUE(create_harvest_root(site.path(""), root.path("")).has_value());
   const Start start{.environment = {"PATH=" + site.tools()}};
   EXPECT_EQ(root.start(start), RunResult{});
   EXPECT_EQ(site.read("l/thumbs/t12.example.jpg"), kThumbnail + '\n');
@@ -84,16 +84,13 @@ TEST(HarvestRoot, IsLaidOutWhollyOrNotAtAll) {
     site.write("d/tl/vantaig", site::encode_harvest_file({.thumb_dir = c.thumb_dir}));
     const auto before = site.contents();
     const std::string folder = c.link == nullptr ? "" : c.link;
-    const std::string error = lay_out_harvest_root(site.path(""), site.path("root"));
-    EXPECT_EQ(error.empty(), c.link != nullptr) << error;
+    EXPECT_EQ(create_harvest_root(site.path(""), site.path("root")).has_value(), c.link != nullptr);
     EXPECT_EQ(fs::is_symlink(site.path("root/" + folder)), !folder.empty());
     site.remove("root");
     EXPECT_EQ(site.contents(), before);
   }
   const HarvestedSite site;
-  EXPECT_NE(lay_out_harvest_root(site.path(""), site.path("bin")), "");
-  EXPECT_NE(site.read("bin/fetch"), "");
-  EXPECT_NE(lay_out_harvest_root(site.path("bin"), site.path("root")), "");
+  EXPECT_FALSE(create_harvest_root(site.path("bin"), site.path("root")).has_value());
   EXPECT_FALSE(fs::exists(site.path("root")));
 }
 

@@ -202,8 +202,8 @@ TEST(Show, LinesOfOneKindAreSummedUp) {
   const std::string log =
       "|200612312359|toplist|1|a|0||||\n|200701010000|toplist|1|b|0||||\n"
       "|200701010004|toplist|1|a|0||||\n";
-  EXPECT_EQ(show_log_summary(read_log(log), Format::csv),
-            "count,first,last,program,what,subject,it\r\n"
+  EXPECT_EQ(log_summary(read_log(log)).text(Format::csv),
+            "count,first,last,program,event,subject,outcome\r\n"
             "2,2006-12-31 23:59,2007-01-01 00:04,toplist,cannot open,a,went on\r\n"
             "1,2007-01-01 00:00,2007-01-01 00:00,toplist,cannot open,b,went on\r\n");
 }

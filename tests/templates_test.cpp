@@ -184,7 +184,7 @@ TEST(TemplateCommands, AReadErrorIsNoEmptyFile) {
   const Planted cases[] = {
       {kInstall, "cannot read d/tl/top.tpl.src: Input/output error",
        [](const SiteWithSource& s) { s.link("d/tl/top.tpl.src", kUnreadable); }},
-      {kInstall, "d/tl/top.tpl.src:2:1: cannot read d/tl/part: Input/output error",
+      {kInstall, "d/tl/top.tpl.src:2:1: source-error: cannot read d/tl/part: Input/output error",
        [](const SiteWithSource& s) {
          s.write("d/tl/top.tpl.src", "a\n<!-- include part -->\n");
          s.link("d/tl/part", kUnreadable);
@@ -240,6 +240,16 @@ TEST(TemplateCommands, WhatRootInstallsBelongsToTheSitesOwner) {
   struct stat file {};
   ASSERT_EQ(::stat(site.path("d/tl/more.tpl").c_str(), &file), 0);
   EXPECT_EQ(file.st_uid, kOtherUser);
+}
+
+TEST(TemplateCommands, RenderSaysWhichOfTwoToplistsWritesAPageLast) {
+  const SiteWithSource site;
+  site.write("d/tl/last.tpl", "last\n");
+  site.add_definition({"last.tpl", "./top.html", "1", "2", ""});
+  EXPECT_EQ(site.run_ctl("render --all --diff"), 1);
+  EXPECT_EQ(site.outside.read("out"),
+            "toplistctl: record 1: the page top.html is left out: a run then writes record 2 over "
+            "it\n--- ./top.html (not there)\n+++ ./top.html (next run)\n@@ -0,0 +1 @@\n+last\n");
 }
 
 }  // namespace

@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "support/site.h"
-#include "toplistctl/commands/sample/sample_site.h"
+#include "support/site_generator.h"
 #include "toplistctl/lib/output/printable.h"
 #include "util/sha1.h"
 
@@ -60,25 +60,16 @@ TEST(Toplistctl, HelpAndVersionAreThereOnEveryLevel) {
   }
 }
 
-TEST(Toplistctl, SampleTakesNoNumberThatItDoesNotMean) {
-  const Site site{Site::Bare{}};
-  for (const char* option :
-       {"--seed -1", "--seed 1.5", "--trades 9", "--toplists 0", "--no-pictures --harvest y"}) {
-    EXPECT_EQ(run_ctl(site, std::string("sample x ") + option), 2) << option;
-  }
-  EXPECT_EQ(site.contents().size(), 1);  // what was printed
-}
-
 TEST(Toplistctl, CheckOfTheSampleSiteIsCleanUntilSomethingBreaks) {
   const Site site{Site::Bare{}};
-  ASSERT_EQ(site::write_sample_site(site.path("s"), {.thumbnails = site::Thumbnails::none}), "");
+  ASSERT_EQ(run_ctl(site, "sample s"), 0);
   EXPECT_EQ(run_ctl(site, "check --site s"), 0);
   EXPECT_EQ(site.read("out"), "Nothing found: 60 trades, 57 of them active, and 5 toplists.\n");
-  EXPECT_EQ(run_ctl(site, "sample --trades 12 s2 >out; cd s2; " TOPLIST_PROGRAM " run"), 0);
+  write_site(site.path("s2"), {.trades = 12, .toplists = 5});
   EXPECT_EQ(run_ctl(site, "check --site s2"), 0);
   EXPECT_EQ(site.read("out"),
             "Nothing found: 12 trades, 12 of them active, and 5 toplists.\n"
-            "5 less grave left out; --min-effect note shows all.\n");
+            "Hidden: 5 less serious findings. --min-effect note shows all.\n");
   EXPECT_EQ(run_ctl(site, "check --site s2 --min-effect note"), 1);
   EXPECT_EQ(run_ctl(site, "check --site s2 --min-effect note --ignore rank-beyond-list"), 0);
 
@@ -294,7 +285,7 @@ TEST(Toplistctl, ExpandTellsFaultsWhereTheyAreInTheSources) {
 
   site.write("row", "<!-- include -->\n");
   EXPECT_EQ(run_ctl(site, "expand page.tpl.src --output page.tpl --force"), 1);
-  EXPECT_TRUE(site.read("out").starts_with("toplistctl: row:1:1: no such directive"));
+  EXPECT_TRUE(site.read("out").starts_with("toplistctl: row:1:1: source-error: no such directive"));
   EXPECT_EQ(site.read("page.tpl").substr(0, 1), "1");
 }
 

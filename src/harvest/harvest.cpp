@@ -1,22 +1,15 @@
 #include "harvest/harvest.h"
 
 #include <pthread.h>
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <vector>
 
 #include "harvest/harvest_worker.h"
+#include "util/shell.h"
 
 namespace toplist {
 namespace {
-
-void raise_descriptor_limit() {
-  rlimit limits{};
-  if (::getrlimit(RLIMIT_NOFILE, &limits) != 0) return;
-  limits.rlim_cur = limits.rlim_max;
-  ::setrlimit(RLIMIT_NOFILE, &limits);
-}
 
 void harvest_group(std::span<HarvestVisit> group, HarvestThread thread) {
   std::vector<pthread_t> started;
@@ -31,7 +24,7 @@ void harvest_group(std::span<HarvestVisit> group, HarvestThread thread) {
 }  // namespace
 
 void harvest_thumbnails(std::span<const TradeRecord> trades, HarvestThread thread) {
-  raise_descriptor_limit();
+  const RaisedDescriptorLimit raised;
   std::vector<HarvestVisit> visits;  // all of them to the end: they own what is held open
   for (std::size_t i = kFirstHarvestedTrade; i < trades.size(); ++i) visits.push_back({&trades[i]});
   for (std::size_t first = 0; first < visits.size(); first += kHarvestThreads) {

@@ -19,7 +19,7 @@ using HarvestThread = void* (*)(void* visit);
 /// A thread that cannot be started is ignored.
 ///
 /// Connections that the threads hold open stay so until the harvest ends. Each takes a descriptor,
-/// so the process is first given as many as the system lets it have.
+/// so the harvest has a RaisedDescriptorLimit.
 void harvest_thumbnails(std::span<const TradeRecord> trades, HarvestThread thread);
 
 /// The same with harvest_worker().

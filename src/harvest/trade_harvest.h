@@ -20,7 +20,7 @@ using RawFetch = std::function<std::string(const std::string& host, const std::s
 ///
 /// A page ends a line where it likes, so control characters at the ends of an address are no part
 /// of it, nor of the host and the file names taken from it. Those inside stay, and every fetch
-/// refuses them.
+/// refuses them (contract: control-characters).
 class TradeHarvest {
  public:
   /// `config` and what `raw_fetch` refers to must outlive this object.
@@ -41,8 +41,8 @@ class TradeHarvest {
   /// size that ends the search, which goes on in that case (contract: small-without-head).
   void remove_head(std::string& image) const;
 
-  /// Where the thumbnail is stored; empty when that would be outside of the thumbnail folder. A
-  /// domain may name a folder inside.
+  /// Where the thumbnail is stored; empty when that would be outside of the thumbnail folder
+  /// (contract: own-folder). A domain may name a folder inside.
   [[nodiscard]] std::string thumbnail_path() const;
 
   /// The shell command line that runs the image tool on the stored thumbnail.

@@ -22,7 +22,7 @@ std::string fetch_with_fetch(const std::string& temp_path, const std::string& ur
 std::string fetch_with_wget(const std::string& temp_path, const std::string& url);
 
 /// Why an address is not handed to a downloader: it holds a control character or begins with "-",
-/// which would be taken for an option. Empty when it is.
+/// which would be taken for an option. Empty when it is (contract: control-characters).
 std::string_view address_fault(std::string_view url);
 
 /// The shell command line that downloads `url` to `temp_path`.

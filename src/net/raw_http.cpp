@@ -28,7 +28,7 @@ constexpr std::size_t kReceiveBytes = 1024;
 constexpr std::size_t kLookupBufferBytes = 1024;
 
 /// A peer that is gone without a word is noticed when this many probes, sent once nothing has come
-/// for the idle time, stay without an answer: after a minute.
+/// for the idle time, stay without an answer: after a minute (contract: keepalive-probes).
 constexpr int kIdleSeconds = 30;
 constexpr int kProbeSeconds = 10;
 constexpr int kProbes = 3;
@@ -134,7 +134,8 @@ std::optional<FetchFailure> open_connection(int fd, const std::string& host, std
 ///
 /// The request asks for the connection to be kept, and a server that does so would be waited for
 /// until it gives up. So once the response is complete by its own announcement the server is told
-/// that no further request comes, at which it closes. What it sends beyond is still read.
+/// that no further request comes, at which it closes (contract: half-close). What it sends beyond
+/// is still read.
 std::string receive_response(int fd) {
   ResponseReader response;
   std::array<char, kReceiveBytes> buffer{};
@@ -183,7 +184,7 @@ std::string raw_http_request(std::string_view host, std::string_view url) {
 
 RawResponse get_raw_http(const std::string& host, const std::string& url, Connections& held_open,
                          std::uint16_t port) {
-  // It would split the request.
+  // It would split the request (contract: control-characters).
   if (has_control_character(url)) return {.failure = FetchFailure::refused_address};
   UniqueFd connection(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
   const int fd = connection.get();

@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "util/fields.h"
+#include "util/number.h"
 #include "util/text.h"
 
 namespace toplist {
@@ -21,12 +22,19 @@ std::size_t end_of_head(std::string_view text, std::size_t from) {
   return text.npos;
 }
 
-/// Whether the line is that of a response which is not followed by another one, as 1xx are.
-bool is_final_status(std::string_view line) {
-  if (!line.starts_with("HTTP/")) return false;
-  const std::size_t blank = std::min(line.find(' '), line.size());
-  const std::string_view status = trimmed(line.substr(blank));
-  return !status.empty() && status.front() >= '2' && status.front() <= '5';
+/// Whether the status is one of a final response that may have a body: 1xx responses are followed
+/// by another one, and 204 and 304 have no body, whatever length they announce.
+bool may_have_body(std::string_view status) {
+  return status.size() == 3 && std::all_of(status.begin(), status.end(), is_digit) &&
+         status.front() >= '2' && status.front() <= '5' && status != "204" && status != "304";
+}
+
+/// The second word of the line, or nothing when the line is that of no HTTP response.
+std::string_view status_of(std::string_view line) {
+  if (!line.starts_with("HTTP/")) return {};
+  line.remove_prefix(std::min(line.find(' '), line.size()));
+  const std::string_view words = trimmed(line);
+  return words.substr(0, words.find_first_of(kBlanks));
 }
 
 std::optional<std::uint64_t> parse_length(std::string_view text) {
@@ -42,20 +50,21 @@ struct Header {
   std::string_view value;
 };
 
-Header split_header(std::string_view line) {
-  const std::size_t colon = std::min(line.find(':'), line.size());
-  Header header{std::string(trimmed(line.substr(0, colon))), line.substr(colon)};
+/// Nothing for a line that programs read in different ways: without a name right before a colon.
+/// Folded lines are such lines.
+std::optional<Header> split_header(std::string_view line) {
+  const std::size_t colon = line.find(':');
+  if (colon == 0 || line.find_first_of(kBlanks) < colon || colon == line.npos) return std::nullopt;
+  Header header{std::string(line.substr(0, colon)), trimmed(line.substr(colon + 1))};
   lower_case(header.name);
-  header.value.remove_prefix(header.value.empty() ? 0 : 1);
-  header.value = trimmed(header.value);
   return header;
 }
 
-/// Takes the next line of a head, without its end.
+/// Takes the next line of a head, without its end; false at the empty line.
 bool next_line(FieldReader& lines, std::string_view& line) {
   if (!lines.next(line)) return false;
   if (line.ends_with('\r')) line.remove_suffix(1);
-  return true;
+  return !line.empty();
 }
 
 }  // namespace
@@ -63,15 +72,14 @@ bool next_line(FieldReader& lines, std::string_view& line) {
 std::optional<std::uint64_t> announced_length(std::string_view head) {
   FieldReader lines(head, kLineSeparator);
   std::string_view line;
-  if (!next_line(lines, line) || !is_final_status(line)) return std::nullopt;
+  if (!next_line(lines, line) || !may_have_body(status_of(line))) return std::nullopt;
   std::optional<std::uint64_t> length;
   while (next_line(lines, line)) {
-    if (line.find_first_of(kBlanks) == 0) return std::nullopt;  // folded
-    const Header header = split_header(line);
-    if (header.name == "transfer-encoding") return std::nullopt;
-    if (header.name != "content-length") continue;
+    const auto header = split_header(line);
+    if (!header || header->name == "transfer-encoding") return std::nullopt;
+    if (header->name != "content-length") continue;
     if (length) return std::nullopt;  // twice; the same number or not
-    length = parse_length(header.value);
+    length = parse_length(header->value);
     if (!length) return std::nullopt;
   }
   return length;

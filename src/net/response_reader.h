@@ -12,10 +12,11 @@ namespace toplist {
 /// The length that an HTTP response's head announces for its body, in bytes; nothing unless it is
 /// beyond doubt.
 ///
-/// `head` is the status line and the header lines, which end in CR LF or a bare LF. It must be that
-/// of a final response (no 1xx) with exactly one Content-Length of nothing but decimal digits,
-/// below 2^64, without a Transfer-Encoding and without lines that are folded. Header names are
-/// taken in any case.
+/// `head` is the status line and the header lines, which end in CR LF or a bare LF, up to an empty
+/// line. It must be that of a final response with a body (no 1xx, 204 or 304) with exactly one
+/// Content-Length of nothing but decimal digits, below 2^64, and without a Transfer-Encoding. Each
+/// header line must have a name right before a colon, in any case: one with a blank between them,
+/// or a folded one, is read differently by different programs (contract: half-close).
 std::optional<std::uint64_t> announced_length(std::string_view head);
 
 /// A response as it arrives: collects its bytes and knows when it is complete by its own

@@ -1,5 +1,6 @@
 #include "run/steps.h"
 
+#include <cstdint>
 #include <string>
 
 #include "run/statistics.h"
@@ -7,6 +8,7 @@
 #include "toplist/filters.h"
 #include "toplist/toplist_stage.h"
 #include "util/file.h"
+#include "util/number.h"
 
 namespace toplist {
 namespace {
@@ -16,6 +18,15 @@ bool read_needed(const char* path, FileBuffer& file, Outcomes& outcomes) {
   if (file.read(path)) return true;
   outcomes.log(unopened_file(path, Severity::run_ends));
   return false;
+}
+
+/// Never: no value is below 1 and above 60 at once. The test is meant to be like that, so any
+/// order-by value is taken (contract: unchecked-order).
+bool is_incorrect_order(const std::string& order_by) {
+  const std::int32_t value = parse_int32(order_by);
+  const bool is_below = value < 1;
+  const bool is_above = value > 60;
+  return is_below && is_above;
 }
 
 }  // namespace
@@ -80,6 +91,11 @@ bool read_definitions(RunState& run, Outcomes& outcomes) {
   FileBuffer file;
   if (!read_needed(kDefinitionsPath, file, outcomes)) return false;
   run.definitions = parse_definitions(file.text());
+  for (const ToplistDefinition& definition : run.definitions) {
+    if (is_incorrect_order(definition.order_by)) {
+      outcomes.log(content_error("incorrect order-by value found"));
+    }
+  }
   return !run.definitions.empty();
 }
 

@@ -20,7 +20,9 @@ struct TradeRow {
   /// The trade's columns from "d/tl/tl.a1", in file order: title, description, picture, then those
   /// of the column tags. Views into the text of that file, which the run keeps to its end.
   std::vector<std::string_view> extra_columns;
-  std::string order_key;  ///< The order-by value of the toplist that was ranked last.
+  /// The order-by value of the toplist that was ranked last. Kept for the record: in a run only
+  /// rank_rows() touches it, and rowBefore() alone reads it.
+  std::string order_key;
 };
 
 }  // namespace toplist

@@ -1,9 +1,6 @@
 #include "toplist/filters.h"
 
-#include <dirent.h>
-
 #include <algorithm>
-#include <memory>
 #include <utility>
 
 #include "util/fields.h"
@@ -47,17 +44,6 @@ const Minimum* find_minimum(std::string_view key) {
       std::find_if(std::begin(kMinimums), std::end(kMinimums),
                    [key](const Minimum& candidate) { return key == candidate.key; });
   return minimum == std::end(kMinimums) ? nullptr : minimum;
-}
-
-/// The names in a directory but "." and ".."; false when it cannot be opened.
-bool list_directory(const std::string& path, std::vector<std::string>& names) {
-  const std::unique_ptr<DIR, int (*)(DIR*)> directory(::opendir(path.c_str()), ::closedir);
-  if (!directory) return false;
-  while (const dirent* entry = ::readdir(directory.get())) {
-    const std::string_view name = entry->d_name;
-    if (name != "." && name != "..") names.emplace_back(name);
-  }
-  return true;
 }
 
 }  // namespace

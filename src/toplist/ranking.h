@@ -19,8 +19,8 @@ bool is_order_value(std::string_view order_by);
 /// Values "1" to "60" are four periods (60, 24, 07, 99) of fifteen kinds: rin, uin, out, clk, cef,
 /// ctg, ctt, the five ratios, the three further values. Any other text ranks by rin24.
 ///
-/// Ratios are computed from the counters, not taken from the stored percentages, which a trade cut
-/// short in "d/t/sum" does not have.
+/// Nothing in a run calls this: rank_rows() computes each row's figure once. It is the record of
+/// what that must amount to, and the tests compare both.
 bool rowBefore(const TradeRow& a, const TradeRow& b);
 
 /// The row's figure by which the order-by value ranks.

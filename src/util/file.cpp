@@ -1,5 +1,6 @@
 #include "util/file.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -48,6 +49,16 @@ bool write_file(const std::string& path, std::string_view bytes) {
   const UniqueFd fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
   if (!fd) return false;
   write_fully(fd.get(), bytes);
+  return true;
+}
+
+bool list_directory(const std::string& path, std::vector<std::string>& names) {
+  const std::unique_ptr<DIR, int (*)(DIR*)> directory(::opendir(path.c_str()), ::closedir);
+  if (!directory) return false;
+  while (const dirent* entry = ::readdir(directory.get())) {
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") names.emplace_back(name);
+  }
   return true;
 }
 

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "util/unique_fd.h"
 
@@ -26,6 +27,9 @@ std::size_t regular_file_size(int fd);
 /// Creates or truncates `path` (mode 0666 less the umask) and writes `bytes` in place
 /// (contract: written-in-place). False when it cannot be opened; write errors are not reported.
 bool write_file(const std::string& path, std::string_view bytes);
+
+/// Appends the names in a directory but "." and ".." to `names`; false when it cannot be opened.
+bool list_directory(const std::string& path, std::vector<std::string>& names);
 
 /// The bytes of one file at a time, read whole into a buffer that the next read() reuses.
 class FileBuffer {

@@ -1,13 +1,21 @@
 #include "util/shell.h"
 
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <cstdlib>
+#include <optional>
+#include <utility>
 
 #include "util/number.h"
 #include "util/text.h"
 
 namespace toplist {
 namespace {
+
+/// Of RLIMIT_NOFILE, while a RaisedDescriptorLimit lives: what commands have in its place. As the
+/// limit is the process's, so is this.
+std::optional<rlim_t> limit_of_commands;
 
 bool is_plain(char c) {
   const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
@@ -23,9 +31,31 @@ std::string shell_word(std::string_view text) {
   return "'" + word + "'";
 }
 
+RaisedDescriptorLimit::RaisedDescriptorLimit() {
+  rlimit limits{};
+  if (::getrlimit(RLIMIT_NOFILE, &limits) != 0 || limits.rlim_cur == limits.rlim_max) return;
+  limit_of_commands = std::exchange(limits.rlim_cur, limits.rlim_max);
+  ::setrlimit(RLIMIT_NOFILE, &limits);
+}
+
+RaisedDescriptorLimit::~RaisedDescriptorLimit() {
+  rlimit limits{};
+  if (!limit_of_commands || ::getrlimit(RLIMIT_NOFILE, &limits) != 0) return;
+  limits.rlim_cur = *limit_of_commands;
+  ::setrlimit(RLIMIT_NOFILE, &limits);
+  limit_of_commands.reset();
+}
+
 void run_shell_command(const std::string& command) {
   // The commands are the operator's own (downloaders, the image tool) and are meant for the shell.
-  [[maybe_unused]] const int status = std::system(command.c_str());
+  std::string line = command;
+  if (limit_of_commands) {
+    // By the shell itself, because std::system() starts it with the limits of the process. A second
+    // shell gets the command byte for byte.
+    line = "ulimit -S -n " + std::to_string(*limit_of_commands) + "; exec /bin/sh -c " +
+           shell_word(command) + " sh";
+  }
+  [[maybe_unused]] const int status = std::system(line.c_str());
 }
 
 }  // namespace toplist

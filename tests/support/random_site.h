@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
+#include "support/random.h"
 #include "support/site.h"
-#include "toplistctl/commands/sample/random.h"
 
 namespace toplist::test {
 
@@ -38,7 +38,7 @@ class RandomSite : public Site {
   std::string setting();
   void break_something();
 
-  site::Random random_;
+  Random random_;
 };
 
 }  // namespace toplist::test

@@ -7,8 +7,8 @@
 /// The commands of toplistctl. Each function adds one command to the program.
 namespace toplist::ctl {
 
-/// check: tells what is wrong with a site.
-void add_check_command(CLI::App& app, int& exit_status);
+/// check: reports what is wrong with a site.
+void add_check_command(const Command& program);
 
 /// status: whether the schedule is alive.
 void add_status_command(CLI::App& app, int& exit_status);
@@ -34,11 +34,11 @@ void add_export_command(CLI::App& app, int& exit_status);
 /// import trades|figures FILE: a site's data from CSV.
 void add_import_command(CLI::App& app, int& exit_status);
 
-/// sample DIR: lays out a site of invented trades.
-void add_sample_command(CLI::App& app, int& exit_status);
+/// sample DIR: creates a site of invented trades.
+void add_sample_command(const Command& program);
 
-/// init DIR: lays out an empty site, or a root that harvests for another.
-void add_init_command(CLI::App& app, int& exit_status);
+/// init DIR: creates an empty site, or a root that harvests for another.
+void add_init_command(const Command& program);
 
 /// harvest --explain TRADE: what a harvest makes of a trade.
 void add_harvest_command(CLI::App& app, int& exit_status);

@@ -17,10 +17,10 @@ void bridge(const Command& command) {
 }
 
 constexpr std::array<void (*)(const Command&), 13> kCommands{
-    bridge<add_check_command>,  bridge<add_status_command>, bridge<add_show_command>,
+    add_check_command,          bridge<add_status_command>, bridge<add_show_command>,
     add_render_command,         bridge<add_why_command>,    bridge<add_harvest_command>,
     add_digest_command,         add_expand_command,         bridge<add_export_command>,
-    bridge<add_import_command>, bridge<add_sample_command>, bridge<add_init_command>,
+    bridge<add_import_command>, add_sample_command,         add_init_command,
     add_complete_command};
 
 }  // namespace

@@ -8,11 +8,10 @@
 
 #include "toplist/definitions.h"
 #include "toplistctl/commands.h"
-#include "toplistctl/lib/diagnostics/kinds.h"
 #include "toplistctl/lib/output/console.h"
+#include "toplistctl/lib/site_files/new_file.h"
 #include "toplistctl/lib/site_files/read_file.h"
 #include "toplistctl/lib/site_files/site_root.h"
-#include "toplistctl/lib/site_files/whole_file.h"
 #include "toplistctl/lib/templates/check_values.h"
 #include "toplistctl/lib/templates/source.h"
 #include "toplistctl/lib/templates/template_check.h"
@@ -42,12 +41,9 @@ class ExpandCommand {
       return failure(fmt::format(
           "{} is no name of a source: d/tl/top50.tpl comes from top50.tpl.src", arguments_.source));
     }
-    // As root: as the site's owner, before anything is read. Otherwise the site's user could have
-    // root copy a file by a link or an include. Without a site, whoever owns the source's folder.
-    const std::string folder = fs::path(arguments_.source).parent_path();
-    const auto entered = enter_site(arguments_.install ? arguments_.site
-                                    : folder.empty()   ? "."
-                                                       : folder);
+    // Before anything is read: by a link or an include the site's user could have root copy a file.
+    const auto entered =
+        arguments_.install ? enter_site(arguments_.site) : give_up_root(arguments_.source);
     if (!entered) return tl::unexpected(entered.error());
     expansion_ = expand_source(arguments_.source, [this](const std::string& path) {
       return read_file(from_start(path)).map_error([&path](Error error) {
@@ -68,11 +64,8 @@ class ExpandCommand {
   Expected<int> write_output() {
     if (!is_fit(use_without_site())) return kExitFindings;
     if (arguments_.output.empty()) return print(expansion_.text);
-    const std::string path = from_start(arguments_.output);
-    if (is_source(path)) return refuse_to_overwrite(arguments_.output);
-    const int error = replace_file(path, expansion_.text);
-    if (error == 0) return 0;
-    return system_error("cannot write", arguments_.output, error);
+    if (is_source(arguments_.output)) return refuse_to_overwrite(arguments_.output);
+    return replace_file(arguments_.output, expansion_.text).map([] { return 0; });
   }
 
   Expected<int> install(const std::string& name) {
@@ -117,8 +110,7 @@ class ExpandCommand {
 
   static void report(const Diagnostics& findings) {
     for (const auto& [kind, place, message, _] : findings) {
-      const bool is_of_source = kind == &kinds::kSourceError;
-      warn(place.prefix() + (is_of_source ? "" : fmt::format("{}: ", kind->name)) + message);
+      warn(fmt::format("{}{}: {}", place.prefix(), kind->name, message));
     }
   }
 

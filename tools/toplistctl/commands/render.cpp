@@ -8,13 +8,17 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "toplistctl/commands.h"
 #include "toplistctl/lib/output/console.h"
@@ -174,17 +178,40 @@ Expected<int> render_one(const Arguments& arguments) {
 
 // --- all pages ---
 
+/// The record that a run takes a page from: of several with the same page, it writes the last one
+/// over the others.
+std::map<fs::path, std::size_t> records_of_pages(const SiteView& site) {
+  std::map<fs::path, std::size_t> records;
+  for (const ToplistView& toplist : site.toplists) {
+    if (!toplist.next_run.is_built()) continue;
+    records[real_path(toplist.definition->output_path)] = toplist.record;
+  }
+  return records;
+}
+
 /// Renders all pages; those that cannot be written or compared are reported and left out.
 int render_all(const Arguments& arguments, const PageFolder& folder) {
+  std::vector<std::string> pages;
+  const SiteView site(kSteps, [&pages](const std::string& /*path*/, std::string_view page) {
+    pages.emplace_back(page);
+  });
+  const auto records = records_of_pages(site);
   int status = 0;  // grows with what went wrong
-  const SiteView site(kSteps, [&](const std::string& path, std::string_view page) {
+  auto page = pages.begin();
+  for (const ToplistView& toplist : site.toplists) {
+    const std::string& path = toplist.definition->output_path;
+    if (toplist.next_run.kind == Prospect::Kind::skipped) warn_of(toplist);
+    if (!toplist.next_run.is_built()) continue;
+    const std::string text = std::move(*page++);
+    if (const std::size_t last = records.at(real_path(path)); last != toplist.record) {
+      warn(fmt::format("record {}: the page {} is left out: a run then writes record {} over it",
+                       toplist.record, path, last));
+      continue;
+    }
     const Expected<int> done =
-        arguments.diff ? print_diff(path, page) : folder.add(path, page).map([] { return 0; });
+        arguments.diff ? print_diff(path, text) : folder.add(path, text).map([] { return 0; });
     status = std::max(
         status, done ? *done : fail(fmt::format("{} is left out: {}", path, done.error().text())));
-  });
-  for (const ToplistView& toplist : site.toplists) {
-    if (toplist.next_run.kind == Prospect::Kind::skipped) warn_of(toplist);
   }
   if (site.rehearsal.ending().empty()) return status;
   warn(fmt::format("the next run ends early: {}", site.rehearsal.ending()));

@@ -1,103 +1,112 @@
-#include <CLI/CLI.hpp>
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <iterator>
 #include <memory>
 
-#include "toplistctl/commands/check/check.h"
-#include "toplistctl/commands/check/report.h"
-#include "toplistctl/commands/check/selection.h"
 #include "toplistctl/commands.h"
-#include "toplistctl/lib/command_line/site_option.h"
+#include "toplistctl/commands/check/check.h"
+#include "toplistctl/commands/check/selection.h"
 #include "toplistctl/lib/diagnostics/kinds.h"
+#include "toplistctl/lib/diagnostics/report.h"
 #include "toplistctl/lib/output/console.h"
+#include "toplistctl/lib/site_files/site_root.h"
 
 namespace toplist::ctl {
 namespace {
 
 struct Arguments {
-  std::string site = kCurrentDirectory;
+  std::string site = ".";
   std::string user;
-  Wanted wanted;
+  std::string min_effect{effect_name(Effect::lose).word};
+  std::vector<std::string> ignored;
   bool all = false;
   bool json = false;
   std::string program_path = kCronPath;
 };
 
-int check(const Arguments& arguments) {
-  if (!enter_or_fail(arguments.site, arguments.user)) return kExitTrouble;
-  const SiteView site;
-  const Selection told = select(check_site(site, arguments.program_path), arguments.wanted);
-  const std::string text =
-      arguments.json ? check_json(told)
-                     : check_text(site, told, arguments.all ? Repeats::all : Repeats::few);
-  return print(text, told.findings.empty() ? 0 : kExitFindings);
+Expected<const Kind*> kind_named(const std::string& name) {
+  const auto& all = kinds::all();
+  const auto found =
+      std::find_if(all.begin(), all.end(), [&](const Kind* kind) { return kind->name == name; });
+  if (found != all.end()) return *found;
+  return failure(fmt::format("there is no kind of finding \"{}\"; toplistctl(1) lists them", name));
 }
 
-/// The names of the entries of a table, for a message.
-template <typename Table, typename NameOf>
-std::string listed(const Table& table, NameOf name_of) {
-  std::string text;
-  for (const auto& entry : table) text += (text.empty() ? "" : ", ") + std::string(name_of(entry));
+Expected<Wanted> wanted_of(const Arguments& arguments) {
+  const auto effect = std::find_if(kEffects.begin(), kEffects.end(), [&](const EffectName& name) {
+    return name.word == arguments.min_effect;
+  });
+  Wanted wanted{.min_effect = static_cast<Effect>(std::distance(kEffects.begin(), effect))};
+  for (const std::string& name : arguments.ignored) {
+    const auto kind = kind_named(name);
+    if (!kind) return tl::unexpected(kind.error());
+    wanted.ignored.push_back(*kind);
+  }
+  return wanted;
+}
+
+std::string text_of(const SiteView& site, const Selection& selection, Repeats repeats) {
+  std::string text =
+      selection.findings.empty()
+          ? fmt::format("Nothing found: {}, {} of them active, and {}.\n",
+                        count_of(site.run.trades.size(), "trade"), site.run.rows.size(),
+                        count_of(site.toplists.size(), "toplist"))
+          : diagnostics_table(selection.findings, repeats);
+  if (selection.hidden > 0) {
+    text += fmt::format("Hidden: {}. --min-effect note shows all.\n",
+                        count_of(selection.hidden, "less serious finding"));
+  }
   return text;
 }
 
-/// Finds the entry of this name; CLI11 tells of one that is not there.
-template <typename Table, typename NameOf>
-auto find_named(const Table& table, const std::string& name, const char* what, NameOf name_of) {
-  const auto found = std::find_if(table.begin(), table.end(),
-                                  [&](const auto& entry) { return name_of(entry) == name; });
-  if (found != table.end()) return found;
-  throw CLI::ValidationError(std::string(what) + " " + in_quotes(name) + " is none of " +
-                             listed(table, name_of));
+std::string json_of(const Selection& selection) {
+  return json_text(Members{{"clean", selection.findings.empty()},
+                           {"hidden", selection.hidden},
+                           {"findings", diagnostics_value(selection.findings)}});
 }
 
-void add_selection_options(CLI::App& command, Wanted& wanted) {
-  command
-      .add_option_function<std::string>(
-          "--min-effect",
-          [&wanted](const std::string& word) {
-            const auto found = find_named(kEffects, word, "effect",
-                                          [](const EffectName& effect) { return effect.word; });
-            wanted.min_effect = static_cast<Effect>(std::distance(kEffects.begin(), found));
-          },
-          "Only what is at least as grave: " +
-              listed(kEffects, [](const EffectName& effect) { return effect.word; }) +
-              "; \"lose\" if not given")
-      ->type_name("EFFECT");
-  command
-      .add_option_function<std::vector<std::string>>(
-          "--ignore",
-          [&wanted](const std::vector<std::string>& names) {
-            for (const std::string& name : names) {
-              wanted.ignored.push_back(*find_named(kinds::kAll, name, "kind",
-                                                   [](const Kind* kind) { return kind->name; }));
-            }
-          },
-          "Leave out this kind of finding, as it is meant; may be repeated")
-      ->type_name("KIND")
-      ->allow_extra_args(false);
+Expected<int> check(const Arguments& arguments) {
+  const auto wanted = wanted_of(arguments);
+  if (!wanted) return tl::unexpected(wanted.error());
+  if (auto entered = enter_site(arguments.site, arguments.user); !entered) {
+    return tl::unexpected(entered.error());
+  }
+  const SiteView site;
+  const Selection selection = select(check_site(site, arguments.program_path), *wanted);
+  return print(arguments.json
+                   ? json_of(selection)
+                   : text_of(site, selection, arguments.all ? Repeats::all : Repeats::few),
+               selection.findings.empty() ? 0 : kExitFindings);
 }
 
 }  // namespace
 
-void add_check_command(CLI::App& app, int& exit_status) {
+void add_check_command(const Command& program) {
   const auto arguments = std::make_shared<Arguments>();
-  CLI::App* command =
-      app.add_subcommand("check", "Tell what makes a run log, skip, stop or show things wrong");
-  command->footer(
-      "The site is only read. Exit status: 0 clean, 1 something found, 2 not checked.\n"
-      "Run it as the user who runs toplist, who may see and write other files.\n"
+  const Command command = program.add_command(
+      "check", "Report what makes a run log, skip, stop or show something wrong");
+  command.footer(
+      "Only reads the site. Exit status: 0 nothing found, 1 findings, 2 could not check.\n"
+      "Run it as the user that runs toplist, or as root, which then acts as the site's owner.\n"
       "Example: toplistctl check --ignore build-mode --min-effect skip");
-  add_site_option(*command, arguments->site);
-  add_user_option(*command, arguments->user);
-  add_selection_options(*command, arguments->wanted);
-  command->add_flag("--all", arguments->all, "Every finding of a kind, not only the first few");
-  command->add_flag("--json", arguments->json, "Diagnostics as JSON, always all");
-  command
-      ->add_option("--path", arguments->program_path,
-                   "Where the scheduler looks for downloader and image tool; cron's own by default")
-      ->type_name("PATH");
-  command->callback([arguments, &exit_status] { exit_status = check(*arguments); });
+  add_site_option(command, arguments->site);
+  add_user_option(command, arguments->user);
+  std::vector<std::string> effects;
+  std::string list;
+  for (const EffectName& effect : kEffects) {
+    list += (list.empty() ? "" : ", ") + effects.emplace_back(effect.word);
+  }
+  command.choice("--min-effect", "EFFECT", arguments->min_effect, effects,
+                 "Report only findings at least this serious: " + list + "; lose if not given");
+  command.texts("--ignore", "KIND", arguments->ignored,
+                "Ignore findings of this kind; may be repeated");
+  command.flag("--all", arguments->all, "List every finding of a kind, not only the first few");
+  command.flag("--json", arguments->json, "JSON instead of tables, with every finding");
+  command.text("--path", "PATH", arguments->program_path,
+               "Where the scheduler looks for the downloader and the image tool; cron's default "
+               "if not given");
+  command.run([arguments] { return check(*arguments); });
 }
 
 }  // namespace toplist::ctl

@@ -111,9 +111,9 @@ Selection select(Diagnostics all, const Wanted& wanted) {
   std::erase_if(all,
                 [&](const Diagnostic& finding) { return holds(wanted.ignored, finding.kind); });
   leave_out_consequences(all);
-  const std::size_t less_grave = std::erase_if(
+  const std::size_t hidden = std::erase_if(
       all, [&](const Diagnostic& finding) { return finding.effect() > wanted.min_effect; });
-  return {std::move(all), less_grave};
+  return {std::move(all), hidden};
 }
 
 }  // namespace toplist::ctl

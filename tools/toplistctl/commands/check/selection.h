@@ -7,19 +7,20 @@
 
 namespace toplist::ctl {
 
-/// Which findings are wanted.
+/// Which findings are reported.
 struct Wanted {
-  Effect min_effect = Effect::lose;       ///< the least grave
-  std::vector<const Kind*> ignored = {};  ///< not these, which are meant so
+  Effect min_effect = Effect::lose;       ///< the least serious
+  std::vector<const Kind*> ignored = {};  ///< not of these kinds
 };
 
-/// What is told of a site.
+/// The findings that are reported.
 struct Selection {
   Diagnostics findings;
-  std::size_t less_grave = 0;  ///< how many more there are, less grave than wanted
+  std::size_t hidden = 0;  ///< how many more there are, less serious than wanted
 };
 
-/// Leaves out what is not wanted, and what is there only because of another finding that is.
+/// Leaves out findings that are not wanted, and those that another reported finding causes. The
+/// most serious ones come first.
 Selection select(Diagnostics all, const Wanted& wanted);
 
 }  // namespace toplist::ctl

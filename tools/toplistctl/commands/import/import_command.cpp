@@ -15,9 +15,8 @@
 #include "toplistctl/lib/formats/site_writer.h"
 #include "toplistctl/lib/formats/trades_csv.h"
 #include "toplistctl/lib/output/console.h"
+#include "toplistctl/lib/site_files/site_change.h"
 #include "toplistctl/lib/site_files/site_file.h"
-#include "toplistctl/lib/site_files/site_lock.h"
-#include "toplistctl/lib/site_files/whole_file.h"
 
 namespace toplist::ctl {
 namespace {
@@ -27,7 +26,6 @@ constexpr const char* kStandardInput = "-";
 struct Arguments {
   std::string site = kCurrentDirectory;
   std::string file;
-  bool no_wait = false;
 
   [[nodiscard]] bool is_standard_input() const { return file == kStandardInput; }
 };
@@ -71,14 +69,10 @@ struct NewContents {
   std::string_view bytes;
 };
 
-int replace_files(const std::vector<NewContents>& contents) {
-  PreparedFiles files;
-  int error = 0;
-  for (const NewContents& file : contents) {
-    if (error == 0) error = files.prepare(file.path, file.bytes);
-  }
-  if (error == 0) error = files.replace();
-  return error == 0 ? 0 : cannot("write", files.failed(), error);
+int replace_files(const std::vector<NewContents>& contents, SiteChange& change) {
+  for (const NewContents& file : contents) change.write(file.path, std::string(file.bytes));
+  const auto done = change.commit();
+  return done ? 0 : fail(done.error().text());
 }
 
 std::string trades_summary(const ImportedTrades& imported) {
@@ -93,7 +87,7 @@ std::string trades_summary(const ImportedTrades& imported) {
   return text;
 }
 
-int trades(std::string_view csv, const Arguments& arguments) {
+int trades(std::string_view csv, const Arguments& arguments, SiteChange& change) {
   std::vector<TradeRecord> before;
   const SiteFile columns(kExtraColumnsPath);
   if (!load_database(before) || !is_readable_or_missing(columns)) return kExitTrouble;
@@ -107,11 +101,11 @@ int trades(std::string_view csv, const Arguments& arguments) {
   if (!columns.is_open() || columns.text() != imported.columns) {
     contents.push_back({kExtraColumnsPath, imported.columns});
   }
-  const int status = replace_files(contents);
+  const int status = replace_files(contents, change);
   return status == 0 ? print(trades_summary(imported)) : status;
 }
 
-int figures(std::string_view csv, const Arguments& arguments) {
+int figures(std::string_view csv, const Arguments& arguments, SiteChange& change) {
   std::vector<TradeRecord> trades;
   const SiteFile sum(kSumPath);
   if (!load_database(trades) || !is_readable_or_missing(sum)) return kExitTrouble;
@@ -131,7 +125,7 @@ int figures(std::string_view csv, const Arguments& arguments) {
   }
   const bool new_sum = !sum.is_open() || sum.text() != imported.sum;
   if (new_sum) contents.push_back({kSumPath, imported.sum});
-  if (const int status = replace_files(contents)) return status;
+  if (const int status = replace_files(contents, change)) return status;
   return print(std::string(kSumPath) + (new_sum ? ": written. " : ": nothing to change. ") +
                std::to_string(texts.size()) + " histories written.\n");
 }
@@ -139,7 +133,7 @@ int figures(std::string_view csv, const Arguments& arguments) {
 struct Subject {
   const char* name;
   const char* description;
-  int (*import)(std::string_view csv, const Arguments& arguments);
+  int (*import)(std::string_view csv, const Arguments& arguments, SiteChange& change);
 };
 constexpr Subject kSubjects[] = {
     {"trades", "Make the lines of a CSV file the trades of the site, with their texts", trades},
@@ -153,8 +147,9 @@ int import(const Arguments& arguments, const Subject& subject) {
     return cannot("open", arguments.file, errno);
   }
   if (!enter_or_fail(arguments.site)) return kExitTrouble;
-  const UniqueFd lock = lock_site(!arguments.no_wait);
-  return lock ? subject.import(csv.text(), arguments) : kExitTrouble;
+  auto change = SiteChange::begin(std::string("import ") + subject.name);
+  if (!change) return fail(change.error().text());
+  return subject.import(csv.text(), arguments, *change);
 }
 
 void add_subject(CLI::App& app, const Subject& subject, int& exit_status) {
@@ -164,8 +159,6 @@ void add_subject(CLI::App& app, const Subject& subject, int& exit_status) {
   command->add_option("file", arguments->file, "The CSV file, \"-\" for standard input")
       ->type_name("FILE")
       ->required();
-  command->add_flag("--no-wait", arguments->no_wait,
-                    "Give up, with status 2, while a run is under way");
   command->footer("Example:\n  toplistctl export " + std::string(subject.name) + " >site.csv\n" +
                   "  toplistctl import " + subject.name + " site.csv");
   command->callback(

@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "toplistctl/lib/formats/log_lines.h"
 #include "toplistctl/lib/output/records.h"
 #include "toplistctl/lib/site_view/site_view.h"
 
@@ -30,11 +29,5 @@ struct FiguresWanted {
 /// A row per active trade with one period's counters, percentages and further values. Sorts the
 /// site's ranking.
 std::string show_figures(SiteView& site, const FiguresWanted& wanted, Format format);
-
-/// Lines of the system log.
-std::string show_log(const std::vector<LogLine>& lines, Format format);
-
-/// A row per kind of line with its count, first and last time.
-std::string show_log_summary(const std::vector<LogLine>& lines, Format format);
 
 }  // namespace toplist::ctl

@@ -12,6 +12,7 @@
 #include "toplistctl/commands.h"
 #include "toplistctl/commands/show/show.h"
 #include "toplistctl/lib/command_line/site_option.h"
+#include "toplistctl/lib/formats/log_lines.h"
 #include "toplistctl/lib/formats/order_names.h"
 #include "toplistctl/lib/output/console.h"
 #include "toplistctl/lib/site_files/site_file.h"
@@ -72,8 +73,8 @@ int log(const Arguments& arguments) {
   if (arguments.since) {
     lines = lines_since(std::move(lines), std::time(nullptr) - *arguments.since);
   }
-  return print(arguments.summary ? show_log_summary(lines, arguments.format())
-                                 : show_log(lines, arguments.format()));
+  const Records records = arguments.summary ? log_summary(lines) : log_records(lines);
+  return print(records.text(arguments.format()));
 }
 
 void add_no_options(CLI::App& /*command*/, Arguments& /*arguments*/) {}

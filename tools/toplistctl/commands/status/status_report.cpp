@@ -2,7 +2,6 @@
 #include <functional>
 #include <set>
 
-#include "toplistctl/commands/show/show.h"
 #include "toplistctl/lib/output/json.h"
 #include "toplistctl/lib/output/table.h"
 #include "toplistctl/lib/site_view/status.h"
@@ -116,7 +115,7 @@ std::string status_text(const SiteStatus& status) {
           std::to_string(status.stale_thumbnails) + " with a stale one.\n";
   if (status.log_lines.empty()) return text + "Nothing was logged.\n";
   text += "Lines logged: " + std::to_string(status.log_lines.size()) + "\n\n";
-  return text + show_log_summary(status.log_lines, Format::table);
+  return text + log_summary(status.log_lines).text(Format::table);
 }
 
 std::string status_json(const SiteStatus& status) {

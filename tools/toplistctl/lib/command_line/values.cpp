@@ -39,7 +39,7 @@ std::vector<std::string> effects() {
 }
 
 std::vector<std::string> finding_kinds() {
-  return names_of(kinds::kAll, [](const Kind* kind) { return kind->name; });
+  return names_of(kinds::all(), [](const Kind* kind) { return kind->name; });
 }
 
 constexpr ValueType kValueTypes[] = {

@@ -14,16 +14,16 @@ namespace toplist::ctl {
 
 /// What a run does about a fault, the worst first.
 enum class Effect {
-  overwrite,  ///< replaces a file of the site that is no page
-  stop,       ///< ends, or builds no further toplist
-  skip,       ///< leaves out the one toplist
-  log,        ///< adds a line to the log and goes on without the thing
-  show,       ///< shows something other than meant, silently
-  lose,       ///< loses a log line or a thumbnail, silently
-  note,       ///< does as meant: this is only worth knowing
+  overwrite,  ///< overwrites a file of the site that is no page
+  stop,       ///< ends, or builds no later toplist
+  skip,       ///< skips this toplist
+  log,        ///< adds a line to the log and goes on without the file
+  show,       ///< shows wrong content, and logs nothing
+  lose,       ///< loses a log line or a thumbnail, and logs nothing
+  note,       ///< nothing: the fault is only worth knowing
 };
 
-/// How an effect is called.
+/// The names of an effect.
 struct EffectName {
   std::string_view word;  ///< for programs
   std::string_view text;  ///< for people
@@ -33,11 +33,11 @@ struct EffectName {
 inline constexpr std::array<EffectName, 7> kEffects{{
     {"overwrite", "overwrites a file"},
     {"stop", "stops the run"},
-    {"skip", "skips the toplist"},
-    {"log", "logs it, goes on"},
-    {"show", "shows it wrong"},
+    {"skip", "skips a toplist"},
+    {"log", "adds a log line"},
+    {"show", "shows wrong content"},
     {"lose", "loses something"},
-    {"note", "works as meant"},
+    {"note", "none"},
 }};
 
 constexpr const EffectName& effect_name(Effect effect) {

@@ -3,18 +3,18 @@
 #include <span>
 #include <string_view>
 
-namespace toplist::site {
+namespace toplist::ctl {
 
-/// A file of site/ beside this header, as it was when the program was built.
+/// A file of content/, as it was when the program was built.
 struct EmbeddedFile {
-  std::string_view path;  ///< below site/, e.g. "sample/style.css"
+  std::string_view path;  ///< below content/, such as "sample/style.css"
   const char* begin;
   const char* end;
 
   [[nodiscard]] std::string_view bytes() const { return {begin, end}; }
 };
 
-/// All of them, in the order of their paths; but for README.md.
+/// All of them in the order of their paths, except README.md and partner/.
 std::span<const EmbeddedFile> embedded_files();
 
-}  // namespace toplist::site
+}  // namespace toplist::ctl

@@ -1,20 +1,22 @@
 #include "toplistctl/lib/new_site/harvest_root.h"
 
+#include <fmt/core.h>
+#include <grp.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <cstdlib>
-#include <optional>
+#include <filesystem>
+#include <vector>
 
 #include "harvest/trade_harvest.h"
 #include "run/statistics.h"
 #include "run/sys_log.h"
 #include "toplist/definitions.h"
 #include "toplistctl/lib/formats/site_writer.h"
-#include "util/file.h"
-#include "util/text.h"
+#include "toplistctl/lib/new_site/new_site.h"
+#include "toplistctl/lib/site_files/read_file.h"
 
 namespace toplist::ctl {
 namespace {
@@ -25,51 +27,58 @@ constexpr const char* kSiteLink = "site";
 constexpr const char* kTradesFolder = "d/t";
 constexpr std::array kShared = {kTradesFolder, "d/h", kExtraColumnsPath, kLogPath};
 
-/// Files made beside the place where they are to be, and then put there in one step.
-class Draft {
+/// Gives root the rights of the owner of a folder while it lives. Otherwise a link in the folder
+/// could show its owner a file that only root may read.
+class RightsOfOwner {
  public:
-  explicit Draft(const fs::path& target) : target_(target), folder_(target.string() + ".XXXXXX") {
-    std::string name = folder_.string();
-    if (::mkdtemp(name.data()) == nullptr) {
-      throw fs::filesystem_error("mkdtemp", target,
-                                 std::error_code(errno, std::generic_category()));
-    }
-    folder_ = name;
-    fs::create_directory(root());  // under the umask, unlike the folder around it
+  explicit RightsOfOwner(const struct stat& folder) : groups_(64) {
+    if (!is_root_) return;
+    const int count = ::getgroups(static_cast<int>(groups_.size()), groups_.data());
+    groups_.resize(count < 0 ? 0 : static_cast<std::size_t>(count));
+    taken_ = ::setgroups(1, &folder.st_gid) == 0 && ::setegid(folder.st_gid) == 0 &&
+             ::seteuid(folder.st_uid) == 0;
   }
-  ~Draft() {
-    std::error_code ignored;
-    fs::remove_all(folder_, ignored);
+  RightsOfOwner(const RightsOfOwner&) = delete;
+  RightsOfOwner& operator=(const RightsOfOwner&) = delete;
+  ~RightsOfOwner() {
+    if (!is_root_) return;
+    (void)!::seteuid(0);
+    (void)!::setegid(group_);
+    (void)!::setgroups(groups_.size(), groups_.data());
   }
-  Draft(const Draft&) = delete;
-  Draft& operator=(const Draft&) = delete;
 
-  [[nodiscard]] fs::path root() const { return folder_ / "root"; }
-  void put_in_place() const { fs::rename(root(), target_); }
+  [[nodiscard]] bool taken() const { return taken_; }
 
  private:
-  fs::path target_;
-  fs::path folder_;
+  bool is_root_ = ::geteuid() == 0;
+  gid_t group_ = ::getegid();
+  std::vector<gid_t> groups_;
+  bool taken_ = true;
 };
 
-/// The folder of a thumbnail prefix below the site's root. Empty when the prefix is absolute, and
-/// nothing when the folder is the root itself or outside of it.
-std::optional<fs::path> shared_thumbnail_folder(const fs::path& prefix) {
+Error cannot_share(const std::string& prefix) {
+  return {fmt::format("thumbnails under \"{}\" cannot be shared: line 1 of the site's {} must name "
+                      "a folder below the site's root, or an absolute path",
+                      prefix, kHarvestConfigPath),
+          {},
+          0,
+          {}};
+}
+
+/// The folder of a thumbnail prefix below the site's root; empty if the prefix is absolute.
+Expected<fs::path> shared_thumbnail_folder(const fs::path& prefix) {
   if (prefix.is_absolute()) return fs::path();
   fs::path folder = prefix.parent_path().lexically_normal();
-  if (folder.empty() || folder == "." || *folder.begin() == "..") return std::nullopt;
+  if (folder.empty() || folder == "." || *folder.begin() == "..") {
+    return tl::unexpected(cannot_share(prefix.string()));
+  }
   return folder;
 }
 
-/// Makes `path` in the root at `root` a link to the same path in the site.
-void share(const fs::path& root, const fs::path& path) {
-  fs::create_directories((root / path).parent_path());
-  fs::create_symlink((kSiteLink / path).lexically_relative(path.parent_path()), root / path);
-}
-
-void write(const fs::path& path, std::string_view bytes) {
-  if (write_file(path.string(), bytes)) return;
-  throw fs::filesystem_error("write", path, std::error_code(errno, std::generic_category()));
+/// Makes `path` a link to the same path in the site.
+void share(NewSite& root, const fs::path& path) {
+  const fs::path target = (kSiteLink / path).lexically_relative(path.parent_path());
+  root.links.emplace_back(path.string(), target.string());
 }
 
 /// What the site's configuration becomes where nothing but the harvest is done.
@@ -83,56 +92,50 @@ std::string harvesting(const HarvestConfig& config) {
                                     .harvest = "1"});
 }
 
-/// Lets whoever may write into the folder `example` write into `folder` too, as far as the system
-/// lets this be done.
-void open_to_writers_of(const fs::path& example, const fs::path& folder) {
-  struct stat status {};
-  if (::stat(example.c_str(), &status) != 0) return;
-  (void)!::chown(folder.c_str(), status.st_uid, status.st_gid);
-  ::chmod(folder.c_str(), status.st_mode & 07777);
+/// The folders for downloads. Whoever may write the site's log may write there.
+void add_downloads(NewSite& root, const fs::path& site) {
+  root.folders = {kLogFolder, fs::path(kDownloadFolder).parent_path()};
+  struct stat logs {};
+  if (::stat((site / kLogFolder).c_str(), &logs) != 0) return;
+  for (const std::string& folder : root.folders) {
+    root.access[folder] = {logs.st_uid, logs.st_gid, logs.st_mode & 07777U};
+  }
 }
 
-void fill(const fs::path& root, const fs::path& site, const HarvestConfig& config,
-          const fs::path& thumbnails) {
-  fs::create_directories(root / kDownloadFolder);
-  fs::create_directories(root / kTemplateFolder);
-  fs::create_directory_symlink(site, root / kSiteLink);
-  if (!thumbnails.empty()) share(root, thumbnails);
+Expected<NewSite> root_for(const HarvestedSite& site) {
+  const auto thumbnails = shared_thumbnail_folder(site.config.thumb_dir());
+  if (!thumbnails) return tl::unexpected(thumbnails.error());
+  NewSite root;
+  root.files = {
+      {kHarvestConfigPath, harvesting(site.config)}, {kDefinitionsPath, ""}, {kSettingsPath, ""}};
+  add_downloads(root, site.path);
+  if (!thumbnails->empty()) share(root, *thumbnails);
   for (const char* path : kShared) share(root, path);
-  write(root / kHarvestConfigPath, harvesting(config));
-  write(root / kDefinitionsPath, "");
-  write(root / kSettingsPath, "");
-  for (const char* folder : {kLogFolder, kDownloadFolder}) {
-    open_to_writers_of(site / kLogFolder, root / folder);
-  }
+  // The last one: until then the others lead nowhere, so that none is made through another.
+  root.links.emplace_back(kSiteLink, site.path.string());
+  return root;
 }
 
 }  // namespace
 
-std::string lay_out_harvest_root(const fs::path& site, const fs::path& root) {
-  FileBuffer file;
-  if (!file.read((site / kHarvestConfigPath).string())) {
-    return (site / kHarvestConfigPath).string() + " cannot be opened";
+Expected<HarvestedSite> create_harvest_root(const std::string& site, const std::string& root) {
+  std::error_code error;
+  HarvestedSite harvested{.path = fs::canonical(site, error), .config = {}};
+  struct stat status {};
+  if (error) return system_error("cannot open", site, error.value());
+  if (::stat(harvested.path.c_str(), &status) != 0) return system_error("cannot open", site, errno);
+  Expected<NewSite> planned;
+  {
+    const RightsOfOwner rights(status);
+    if (!rights.taken()) return failure(fmt::format("cannot act as the owner of {}", site));
+    planned = read_file(harvested.path / kHarvestConfigPath).and_then([&](const std::string& text) {
+      harvested.config = parse_harvest_config(text, "");
+      return root_for(harvested);
+    });
   }
-  const HarvestConfig config = parse_harvest_config(file.text(), "");
-  const auto thumbnails = shared_thumbnail_folder(config.thumb_dir());
-  if (!thumbnails) {
-    return "thumbnails under \"" + config.thumb_dir() +
-           "\" cannot be shared: line 1 of the site's " + kHarvestConfigPath +
-           " has to name a folder below the site's root, or an absolute path";
-  }
-  const fs::path target = fs::absolute(root / ".").lexically_normal().parent_path();
-  std::optional<Draft> draft;
-  try {
-    draft.emplace(target);
-    fill(draft->root(), fs::canonical(site), config, *thumbnails);
-    draft->put_in_place();
-  } catch (const fs::filesystem_error& error) {
-    std::string path = (error.path2().empty() ? error.path1() : error.path2()).string();
-    if (draft) replace_all(path, draft->root().string(), target.string());
-    return path + ": " + error.code().message();
-  }
-  return "";
+  if (!planned) return tl::unexpected(planned.error());
+  planned->owner = {status.st_uid, status.st_gid};
+  return create_site(root, *planned).map([&] { return harvested; });
 }
 
 bool is_harvest_root() { return fs::is_symlink(kSiteLink) && fs::is_symlink(kTradesFolder); }

@@ -3,6 +3,9 @@
 #include <filesystem>
 #include <string>
 
+#include "harvest/harvest_config.h"
+#include "toplistctl/lib/diagnostics/error.h"
+
 /// A second root that harvests for a site: a run there fetches the thumbnails and builds no page,
 /// so that no partner's server delays the site's own runs.
 ///
@@ -20,15 +23,21 @@
 ///     l/sys/net/     its own: two harvests do not meet there
 namespace toplist::ctl {
 
-/// Lays such a root out at `root`, which must not exist or be an empty folder, for the site at
-/// `site`. Its folders for downloads take owner, group and mode of the site's folder of logs.
-/// Returns what went wrong, or an empty text; then there is either all of it or nothing.
-///
-/// The site's thumbnail folder must be a folder below its root, or have an absolute path.
-std::string lay_out_harvest_root(const std::filesystem::path& site,
-                                 const std::filesystem::path& root);
+/// A site for which another root harvests.
+struct HarvestedSite {
+  std::filesystem::path path;  ///< absolute, without links
+  HarvestConfig config;
+};
 
-/// Whether the working directory is a root that has been laid out so.
+/// Creates such a root at `root`, as create_site() does, for the site at `site`. Its folders for
+/// downloads take owner, group and mode of the site's folder of logs. If root creates it, it
+/// belongs to the site's owner, with whose rights the site is read.
+///
+/// The site's thumbnail folder must be a folder below its root, or have an absolute path. Returns
+/// the site.
+Expected<HarvestedSite> create_harvest_root(const std::string& site, const std::string& root);
+
+/// Whether the working directory is a root that has been created so.
 bool is_harvest_root();
 
 }  // namespace toplist::ctl

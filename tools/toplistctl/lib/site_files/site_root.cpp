@@ -24,13 +24,17 @@ Expected<Identity> identity_of(const std::string& user) {
   return Identity{entry->pw_uid, entry->pw_gid, user};
 }
 
+Identity identity_of(uid_t uid, gid_t gid) {
+  const passwd* const entry = ::getpwuid(uid);
+  if (entry == nullptr) return Identity{uid, gid, {}};
+  return Identity{entry->pw_uid, entry->pw_gid, entry->pw_name};
+}
+
 Expected<Identity> owner_of(const std::string& directory) {
   struct stat status {};
   if (::stat(directory.c_str(), &status) != 0)
     return system_error("cannot enter", directory, errno);
-  const passwd* const entry = ::getpwuid(status.st_uid);
-  if (entry == nullptr) return Identity{status.st_uid, status.st_gid, {}};
-  return Identity{entry->pw_uid, entry->pw_gid, entry->pw_name};
+  return identity_of(status.st_uid, status.st_gid);
 }
 
 Expected<void> become(const Identity& who) {
@@ -56,5 +60,21 @@ Expected<void> enter_site(const std::string& directory, const std::string& user)
   if (::chdir(directory.c_str()) != 0) return system_error("cannot enter", directory, errno);
   return {};
 }
+
+Expected<void> give_up_root(const std::filesystem::path& path) {
+  std::filesystem::path way;
+  for (const std::filesystem::path& part : path) {
+    way /= part;
+    struct stat link {
+    }, file{};
+    if (::geteuid() != 0 || ::lstat(way.c_str(), &link) != 0) return {};
+    if (::stat(way.c_str(), &file) != 0) file = link;
+    const struct stat& owned = link.st_uid != 0 ? link : file;
+    if (owned.st_uid != 0) return act_as(owned.st_uid, owned.st_gid);
+  }
+  return {};
+}
+
+Expected<void> act_as(uid_t uid, gid_t gid) { return become(identity_of(uid, gid)); }
 
 }  // namespace toplist::ctl

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "toplistctl/lib/formats/log_lines.h"
-#include "toplistctl/lib/site_files/run_lock.h"
+#include "toplistctl/lib/site_files/site_lock.h"
 #include "toplistctl/lib/site_view/site_view.h"
 
 namespace toplist::ctl {

@@ -11,7 +11,7 @@
 #include "run/statistics.h"
 #include "toplist/definitions.h"
 #include "toplistctl/lib/site_files/read_file.h"
-#include "toplistctl/lib/site_files/whole_file.h"
+#include "toplistctl/lib/site_files/site_change.h"
 #include "util/fields.h"
 #include "util/sha1.h"
 
@@ -20,23 +20,6 @@ namespace {
 
 constexpr std::array kOtherFiles{kDefinitionsPath, kSettingsPath, kExtraColumnsPath,
                                  kHarvestConfigPath};
-
-struct NewFile {
-  std::string path;
-  std::string bytes;
-};
-
-/// Replaces all files or none.
-Expected<void> replace_all_files(const std::vector<NewFile>& files) {
-  PreparedFiles prepared;
-  int error = 0;
-  for (const auto& [path, bytes] : files) {
-    if (error == 0) error = prepared.prepare(path, bytes);
-  }
-  if (error == 0) error = prepared.replace();
-  if (error == 0) return {};
-  return tl::unexpected(Error{"cannot write", prepared.failed(), error, "Nothing was changed."});
-}
 
 }  // namespace
 
@@ -78,34 +61,36 @@ std::optional<std::string> template_name_of(const std::string& source) {
 }
 
 Expected<void> update_check_values(const std::vector<NamedValue>& values) {
+  auto change = SiteChange::begin("digest --update");
+  if (!change) return tl::unexpected(change.error());
   const Expected<std::string> definitions = read_file(kDefinitionsPath);
-  if (!definitions) return tl::unexpected(definitions.error());
+  if (!definitions) return tl::unexpected(nothing_changed(definitions.error()));
   std::string text = *definitions;
   for (const auto& [name, value] : values) {
     auto updated = with_check_value(text, name, value);
     if (!updated) {
-      return failure(fmt::format("{} has no complete record of {}. Nothing was changed.",
-                                 kDefinitionsPath, name));
+      return failure(fmt::format("{} has no complete record of {}. {}", kDefinitionsPath, name,
+                                 kNothingChanged));
     }
     text = std::move(*updated);
   }
-  if (text == *definitions) return {};
-  return replace_all_files({{kDefinitionsPath, std::move(text)}});
+  if (text != *definitions) change->write(kDefinitionsPath, std::move(text));
+  return change->commit();
 }
 
 Expected<Installed> install_template(const std::string& name, const std::string& text) {
+  auto change = SiteChange::begin("expand --install");
+  if (!change) return tl::unexpected(change.error());
   const Expected<std::string> definitions = read_file(kDefinitionsPath);
-  if (!definitions) return tl::unexpected(definitions.error());
+  if (!definitions) return tl::unexpected(nothing_changed(definitions.error()));
   const std::string value = check_value_of(text);
   auto updated = with_check_value(*definitions, name, value);
   const bool is_defined = updated.has_value();
-  // A run that comes in between, or after a power cut there, finds the new template under the old
-  // value: it leaves the page as it is, and whatever is done next, this command again or a
-  // "digest --update", leads to the new page. The other way round it could lead back to the old
-  // one.
-  std::vector<NewFile> files{{std::string(kTemplateFolder) + name, text}};
-  if (updated) files.push_back({kDefinitionsPath, std::move(*updated)});
-  return replace_all_files(files).map([&] { return Installed{value, is_defined}; });
+  // A run without the lock may come in between. It then finds the new template under the old value
+  // and leaves the page as it is.
+  change->write(std::string(kTemplateFolder) + name, text);
+  if (updated) change->write(kDefinitionsPath, std::move(*updated));
+  return change->commit().map([&] { return Installed{value, is_defined}; });
 }
 
 }  // namespace toplist::ctl
