@@ -20,7 +20,7 @@
 #include "toplistctl/lib/diagnostics/report.h"
 #include "toplistctl/lib/formats/log_lines.h"
 #include "toplistctl/lib/site_files/new_file.h"
-#include "toplistctl/lib/templates/digest.h"
+#include "toplistctl/lib/templates/check_values.h"
 #include "util/sha1.h"
 
 namespace toplist::test {

@@ -8,7 +8,7 @@
 #include <system_error>
 
 #include "toplistctl/lib/diagnostics/kinds.h"
-#include "toplistctl/lib/site_view/run_inputs.h"
+#include "toplistctl/lib/site_view/site_view.h"
 #include "util/text.h"
 
 namespace toplist::ctl {

@@ -71,11 +71,11 @@ void check_harvest(const HarvestConfig& config, Diagnostics& findings) {
 
 void check_thumbnails(const SiteView& site, Diagnostics& findings) {
   const std::string& folder = site.run.config.thumb_dir();
-  if (site.rehearsal.folder_error() != 0) {
-    findings.push_back(
-        {&kinds::kThumbnailFolder,
-         {.file = folder},
-         "thumbnails are required, and the folder " + cannot_open(site.rehearsal.folder_error())});
+  if (site.rehearsal.folder_error()) {
+    findings.push_back({&kinds::kThumbnailFolder,
+                        {.file = folder},
+                        "thumbnails are required, and the folder " +
+                            cannot_open(site.rehearsal.folder_error()->code)});
     return;
   }
   std::size_t lacking = 0;

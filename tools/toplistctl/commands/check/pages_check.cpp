@@ -8,7 +8,6 @@
 #include "toplistctl/commands/check/check.h"
 #include "toplistctl/lib/diagnostics/kinds.h"
 #include "toplistctl/lib/site_files/real_path.h"
-#include "toplistctl/lib/site_view/run_inputs.h"
 #include "toplistctl/lib/site_view/status.h"
 
 namespace toplist::ctl {

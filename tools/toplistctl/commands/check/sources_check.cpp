@@ -1,20 +1,22 @@
 #include <algorithm>
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "toplist/definitions.h"
 #include "toplistctl/commands/check/check.h"
 #include "toplistctl/lib/diagnostics/kinds.h"
-#include "toplistctl/lib/templates/expansion.h"
-#include "toplistctl/lib/templates/installation.h"
+#include "toplistctl/lib/site_files/read_file.h"
+#include "toplistctl/lib/templates/check_values.h"
+#include "toplistctl/lib/templates/source.h"
 #include "util/fields.h"
 
 namespace toplist::ctl {
 namespace {
 
 /// Where in the sources the first byte comes from that the template has not.
-SourcePlace first_difference(const Expansion& expansion, std::string_view text) {
+Place first_difference(const Expansion& expansion, std::string_view text) {
   const std::string_view expected = expansion.text;
   const auto difference =
       std::mismatch(expected.begin(), expected.end(), text.begin(), text.end()).first;
@@ -26,19 +28,18 @@ SourcePlace first_difference(const Expansion& expansion, std::string_view text) 
 }
 
 void check_source(const std::string& source, const SiteFile& file, Diagnostics& findings) {
-  const Expansion expansion = expand_source(source, read_source_file);
-  SourceError fault;
+  const Expansion expansion = expand_source(source, read_file);
+  Diagnostic fault{&kinds::kSourceDiffers, {}, {}};
   if (!expansion.errors.empty()) {
-    fault = expansion.errors.front();
+    fault.place = expansion.errors.front().place;
+    fault.message = expansion.errors.front().message;
   } else if (expansion.text != file.text()) {
-    fault = {first_difference(expansion, file.text()), file.path() + " differs from here on"};
+    fault.place = first_difference(expansion, file.text());
+    fault.message = file.path() + " differs from here on";
   } else {
     return;
   }
-  findings.push_back(
-      {&kinds::kSourceDiffers,
-       {.file = fault.place.file, .line = fault.place.line, .column = fault.place.column},
-       fault.message});
+  findings.push_back(std::move(fault));
 }
 
 }  // namespace
