@@ -84,8 +84,8 @@ struct CleanSite : Site {
     write(name, text.replace(at, from.size(), to));
   }
 
-  void configure(const site::HarvestFile& values) const {
-    write("d/tl/vantaig", site::encode_harvest_file(values));
+  void configure(const ctl::HarvestFile& values) const {
+    write("d/tl/vantaig", ctl::encode_harvest_file(values));
   }
 
   /// Switches a harvest on that has all it needs but its programs.
@@ -311,12 +311,12 @@ const Fault kFaults[] = {
     {"empty-group d/gr/g", Run::builds,
      [](S s) {
        s.add_setting("top", "group= g");
-       s.write("d/gr/g", site::encode_group("g", {}));
+       s.write("d/gr/g", ctl::encode_group("g", {}));
      }},
     {"group-fields d/gr/g, line 2\n", Run::builds,
      [](S s) {
        s.add_setting("top", "group=g");
-       s.write("d/gr/g", site::encode_group("g", {}) + "member|101|\n");
+       s.write("d/gr/g", ctl::encode_group("g", {}) + "member|101|\n");
      }},
 };
 
@@ -478,7 +478,7 @@ TEST(Show, ToplistsTellWhatDropsTrades) {
   site.add_setting("few", "group=g");
   site.add_setting("few", "skipdomains=t01.example");
   site.add_setting("few", "rin60=100");
-  site.write("d/gr/g", site::encode_group("g", std::array{101, 102, 103, 104}));
+  site.write("d/gr/g", ctl::encode_group("g", std::array{101, 102, 103, 104}));
   site.define("1", "0", "x.html");
   const InSite in_site(site);
   EXPECT_EQ(

@@ -97,7 +97,7 @@ const Ending kEndings[] = {
     {"the run ends before: cannot open l/none/: No such file or directory\n",
      [](const SiteWithThree& s) {
        s.write("d/tl/vantaig",
-               site::encode_harvest_file({.thumb_dir = "l/none/", .thumbnail_optional = "0"}));
+               ctl::encode_harvest_file({.thumb_dir = "l/none/", .thumbnail_optional = "0"}));
      }},
 };
 

@@ -170,9 +170,9 @@ struct SiteOfOne : Site {
                                 "rin60=-7", "uin60=11", "ctt24=-2", "cprod=25", "out24=64"}) {
       add_setting("top", setting);
     }
-    write("d/gr/g", site::encode_group("g", std::array{102}));
+    write("d/gr/g", ctl::encode_group("g", std::array{102}));
     write("l/thumbs/t02.example.jpg", "");
-    write("d/tl/vantaig", site::encode_harvest_file({.thumbnail_optional = "0"}));
+    write("d/tl/vantaig", ctl::encode_harvest_file({.thumbnail_optional = "0"}));
     write("d/t/sum", read("d/t/sum").append("cut|102|"));
   }
 };

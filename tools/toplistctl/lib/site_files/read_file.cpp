@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -20,6 +21,26 @@ Error not_readable(const std::string& path, std::string detail) {
   return {.tried = kCannotRead, .path = path, .code = 0, .detail = std::move(detail)};
 }
 
+/// Reads a file whose size is expected to be `size`.
+Expected<std::string> read_to_the_end(const UniqueFd& fd, const std::string& path,
+                                      std::size_t size) {
+  std::string text;
+  for (std::size_t end = 0;;) {
+    // One byte more than the file holds, so that its end shows without growing once more.
+    if (end == text.size()) text.resize(std::max(end + end / 2, size + 1) + 1);
+    if (text.size() > kMostFileBytes) {
+      return tl::unexpected(not_readable(path, "It is larger than 1 GiB"));
+    }
+    const ssize_t count =
+        uninterrupted([&] { return ::read(fd.get(), text.data() + end, text.size() - end); });
+    if (count < 0) return system_error(kCannotRead, path, errno);
+    end += static_cast<std::size_t>(count);
+    if (count > 0) continue;
+    text.resize(end);
+    return text;
+  }
+}
+
 }  // namespace
 
 Expected<std::string> read_file(const std::string& path) {
@@ -31,21 +52,13 @@ Expected<std::string> read_file(const std::string& path) {
   if (!S_ISREG(status.st_mode)) {
     return tl::unexpected(not_readable(path, "It is not a regular file"));
   }
-  std::string text;
-  for (std::size_t size = 0;;) {
-    // One byte more than the file holds, so that its end shows without growing once more.
-    if (size == text.size()) text.resize(size + static_cast<std::size_t>(status.st_size) + 1);
-    if (text.size() > kMostFileBytes) {
-      return tl::unexpected(not_readable(path, "It is larger than 1 GiB"));
-    }
-    const ssize_t count =
-        uninterrupted([&] { return ::read(fd.get(), text.data() + size, text.size() - size); });
-    if (count < 0) return system_error(kCannotRead, path, errno);
-    size += static_cast<std::size_t>(count);
-    if (count > 0) continue;
-    text.resize(size);
-    return text;
-  }
+  return read_to_the_end(fd, path, static_cast<std::size_t>(status.st_size));
+}
+
+Expected<std::string> read_input(const std::string& path) {
+  const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+  if (!fd) return system_error("cannot open", path, errno);
+  return read_to_the_end(fd, path, 0);
 }
 
 Expected<std::optional<std::string>> read_file_if_there(const std::string& path) {
