@@ -84,7 +84,7 @@ struct SiteWithPage : Site {
 
 /// A site with three toplists that all have a page; the second one differs from case to case.
 struct SiteWithThree : Site {
-  explicit SiteWithThree(const site::Definition& second) {
+  explicit SiteWithThree(const ctl::Definition& second) {
     add_toplist("first", ids_template());
     add_definition(second);
     add_toplist("third", ids_template());
@@ -263,7 +263,7 @@ TEST(Run, UnopenedTemplateOrOutputStopsTheToplistsBehindIt) {
   const std::string no_template = ending("d&#47;tl&#47;second.tpl");
   const std::string no_output = ending("nowhere&#47;second.html");
   const struct {
-    site::Definition second;
+    ctl::Definition second;
     std::string log;
     bool third_built;
   } cases[] = {
@@ -364,9 +364,9 @@ TEST(Run, SettingsDecideWhichTradesAToplistShows) {
       {{"group=nobody"}, kAllIds},
   };
   const Site site;
-  site.write("d/gr/gold", site::encode_group("gold", std::array{106, 101, 112, 999}));
-  site.write("d/gr/finetrades", site::encode_group("fine trades", std::array{104}));
-  site.write("d/gr/nobody", site::encode_group("nobody", {}));
+  site.write("d/gr/gold", ctl::encode_group("gold", std::array{106, 101, 112, 999}));
+  site.write("d/gr/finetrades", ctl::encode_group("fine trades", std::array{104}));
+  site.write("d/gr/nobody", ctl::encode_group("nobody", {}));
   for (std::size_t i = 0; i < std::size(cases); ++i) {
     const std::string name = list_name(i);
     site.add_toplist(name, ids_template());
@@ -415,7 +415,7 @@ TEST(Run, SaysWhatItHasToSayOnStandardDescriptorsOnly) {
     EXPECT_EQ(contains(result.out, "Unable to open directory <b>l/thumbs/</b>"), told);
     EXPECT_EQ(site.contents(), before);
 
-    site.write("d/tl/vantaig", site::encode_harvest_file({}));
+    site.write("d/tl/vantaig", ctl::encode_harvest_file({}));
     site.add_toplist("top", "stray %%\n");
     before = site.contents();
     EXPECT_EQ(site.start({.closed = closed}).signal, SIGABRT);
