@@ -9,7 +9,7 @@ namespace toplist::ctl {
 void add_check_command(const Command& program);
 
 /// status: whether the schedule is alive.
-void add_status_command(CLI::App& app, int& exit_status);
+void add_status_command(const Command& program);
 
 /// show trades|figures|toplists|log: what a site holds.
 void add_show_command(const Command& program);

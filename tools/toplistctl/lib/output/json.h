@@ -14,9 +14,4 @@ inline std::string json_text(const Json& value) {
   return value.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-/// The text in UTF-8, by the same replacement.
-inline std::string as_utf8(const std::string& text) {
-  return Json::parse(json_text(text)).get<std::string>();
-}
-
 }  // namespace toplist::ctl
