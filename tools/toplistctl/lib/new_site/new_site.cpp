@@ -168,7 +168,7 @@ class Draft {
 
   void allow(const std::string& path, const Access& access) const {
     (void)!::fchownat(draft_.get(), path.c_str(), access.uid, access.gid, AT_SYMLINK_NOFOLLOW);
-    ::fchmodat(draft_.get(), path.c_str(), access.mode, 0);
+    (void)!::fchmodat(draft_.get(), path.c_str(), access.mode, 0);
   }
 
   fs::path target_;
