@@ -18,10 +18,10 @@ void bridge(const Command& command) {
 
 constexpr std::array<void (*)(const Command&), 15> kCommands{add_check_command,
                                                              bridge<add_status_command>,
-                                                             bridge<add_show_command>,
+                                                             add_show_command,
                                                              bridge<add_render_command>,
-                                                             bridge<add_why_command>,
-                                                             bridge<add_harvest_command>,
+                                                             add_why_command,
+                                                             add_try_harvest_command,
                                                              bridge<add_digest_command>,
                                                              bridge<add_expand_command>,
                                                              add_export_command,
