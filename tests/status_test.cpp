@@ -1,12 +1,13 @@
 // Whether a schedule is alive.
 
-#include "toplistctl/lib/site_view/status.h"
+#include "toplistctl/commands/status/status.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <ctime>
 #include <string>
 
@@ -27,13 +28,13 @@ void set_age(const Site& site, const std::string& name, std::time_t seconds) {
   ASSERT_EQ(::utimensat(AT_FDCWD, site.path(name).c_str(), times, 0), 0) << name;
 }
 
-std::string log_line(std::time_t age, const char* module) {
+std::string log_line(std::time_t age, const char* module, const char* severity = "0") {
   const std::time_t time = kNow - age;
   std::tm local{};
   ::localtime_r(&time, &local);
   char text[13];
   std::strftime(text, sizeof text, "%Y%m%d%H%M", &local);
-  return std::string("|") + text + "|" + module + "|1|d&#47;h|0||||\n";
+  return std::string("|") + text + "|" + module + "|1|d&#47;h|" + severity + "||||\n";
 }
 
 class Status : public testing::Test {
@@ -85,17 +86,44 @@ TEST_F(Status, OwnLinesSinceTheNewestPageCount) {
                                    log_line(60, "other") + log_line(60, "toplist") + "no line\n");
   EXPECT_EQ(look().log_lines.size(), 1U);
   EXPECT_EQ(look({.log_span = 440}).log_lines.size(), 2U);
+  EXPECT_TRUE(look().is_fine());  // the runs went on
+
+  site_.write("l/sys/sys.log", log_line(60, "toplist", "1"));
+  EXPECT_EQ(look().failed_runs(), 1U);
   EXPECT_FALSE(look().is_fine());
   EXPECT_TRUE(look({.pages_only = true}).is_fine());
+
+  std::string log = log_line(180, "toplist");
+  while (log.size() < std::size_t{2} << 20) log += log_line(120, "toplist");
+  site_.write("l/sys/sys.log", log);
+  EXPECT_TRUE(look().has_more_lines);
+  EXPECT_FALSE(look({.log_span = 1}).has_more_lines);
+  site_.replace_by_dir("l/sys/sys.log");
+  EXPECT_NE(look().log_fault, std::nullopt);
+  EXPECT_FALSE(look().is_fine());
 }
 
-TEST_F(Status, ARunThatWouldEndIsNotFine) {
+TEST_F(Status, APageThatIsNotWholeIsAFault) {
+  for (const char* name : {"a.html", "b.html"}) set_age(site_, name, 1);
+  EXPECT_TRUE(look().is_fine());
+  for (const char* page : {"", "x"}) {
+    site_.write("b.html", page);
+    EXPECT_FALSE(look({.pages_only = true}).is_fine()) << page;
+    EXPECT_NE(status_text(look()).find("b.html: the page "), std::string::npos) << page;
+  }
+}
+
+TEST_F(Status, ARunThatWouldEndIsNotFineAndHasOneReason) {
   set_age(site_, "a.html", 1);
   set_age(site_, "b.html", 1);
   EXPECT_TRUE(look().is_fine());
   site_.write("d/tl/b.tpl", "50%%\n");
   site_.write("d/tl/tl", "|a.tpl||a.html|1|2||||\n|b.tpl||b.html|1|2||||");
   EXPECT_NE(look({.pages_only = true}).ending, "");
+  site_.write("d/tl/tl", "|b.tpl||b.html|1|2||||\n|a.tpl||a.html|1|2||||");
+  const std::string text = status_text(look());
+  EXPECT_NE(text.find("not reached"), std::string::npos) << text;
+  EXPECT_EQ(std::count(text.begin(), text.end(), '%'), 4) << text;  // at its toplist, and below
   EXPECT_FALSE(look({.pages_only = true}).is_fine());
 }
 
@@ -108,7 +136,7 @@ TEST_F(Status, TellsWhoHoldsTheLockAndCountsThumbnails) {
   ASSERT_TRUE(look().running);
   EXPECT_LT(look().running->seconds.value_or(0), 3600);
 
-  site_.write("d/tl/vantaig", "thumbs/\n\n\n\n\n1\n0\n");
+  site_.write("d/tl/vantaig", "thumbs/\n\n\n\n\n0\n0\n");
   site_.make_dir("thumbs");
   for (const char* domain : {"t01.example", "t02.example"}) {
     site_.write(std::string("thumbs/") + domain + ".jpg", "x");
@@ -118,6 +146,8 @@ TEST_F(Status, TellsWhoHoldsTheLockAndCountsThumbnails) {
   EXPECT_EQ(look().active_trades, 12U);
   EXPECT_EQ(look().without_thumbnail, 10U);
   EXPECT_EQ(look().stale_thumbnails, 1U);
+  site_.write("d/tl/vantaig", "thumbs/\n\n\n\n\n1\n0\n");
+  EXPECT_EQ(look().without_thumbnail, 0U);  // they are not required
 }
 
 TEST_F(Status, MetricsNameEachPageOnceInUtf8WithItsLabelEscaped) {

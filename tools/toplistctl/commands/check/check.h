@@ -1,34 +1,33 @@
 #pragma once
 
-#include "toplistctl/lib/diagnostics/diagnostic.h"
-#include "toplistctl/lib/site_files/site_file.h"
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "toplistctl/lib/diagnostics/report.h"
 #include "toplistctl/lib/site_view/site_view.h"
 
-/// Looks for everything in a site that makes a run log, skip, stop or show something other than
-/// meant. Nothing is written. Each function adds what it finds about one kind of file.
+/// Finds everything in a site that makes a run log, skip, stop or show something wrong. Only reads
+/// the site. Each function adds what it finds in one kind of file.
 namespace toplist::ctl {
 
-/// Where cron looks for programs unless a crontab tells it otherwise.
+/// Where cron looks for programs unless a crontab sets PATH.
 inline constexpr const char* kCronPath = "/usr/bin:/bin";
 
-/// All findings, in the order in which a run comes to the files. `program_path` is where the
-/// scheduler looks for the programs that a harvest runs, in the form of PATH.
+/// All findings, in the order in which a run reads the files. `program_path` is where the scheduler
+/// looks for the programs of a harvest, in the form of PATH.
 Diagnostics check_site(const SiteView& site, std::string_view program_path = kCronPath);
-
-/// Whether there is a site at all.
-void check_is_site(const SiteView& site, Diagnostics& findings);
 
 /// "d/t/index".
 void check_trades(const SiteView& site, Diagnostics& findings);
 
-/// "d/tl/vantaig", and the folders that it names or makes needed.
+/// "d/tl/vantaig", the log, and the folders of thumbnails and downloads.
 void check_configuration(const SiteView& site, Diagnostics& findings);
 
-/// The programs that a harvest runs.
-void check_programs(const SiteView& site, std::string_view program_path, Diagnostics& findings);
-
-/// Active trades of whom a harvest would fetch nothing, or change another one's picture.
-void check_harvested_trades(const SiteView& site, Diagnostics& findings);
+/// The programs of a harvest, and the active trades that it visits.
+void check_harvest(const SiteView& site, std::string_view program_path, Diagnostics& findings);
 
 /// "d/tl/tl.a1".
 void check_columns(const SiteView& site, Diagnostics& findings);
@@ -45,36 +44,57 @@ void check_definitions(const SiteView& site, Diagnostics& findings);
 /// "d/tl/tl.ext", and the groups it names.
 void check_settings(const SiteView& site, Diagnostics& findings);
 
-/// The pages that "d/tl/tl" names: what they replace, and how old they are.
+/// The pages: what they overwrite, how old they are, whether they are whole and have room.
 void check_pages(const SiteView& site, Diagnostics& findings);
 
 /// The templates of all toplists, also of those that are skipped.
 void check_templates(const SiteView& site, Diagnostics& findings);
 
-/// "d/tl/<template>.src", the sources beside the templates.
+/// "d/tl/<template>.src", the sources of the templates.
 void check_sources(const SiteView& site, Diagnostics& findings);
 
-/// Files that no toplist and no trade of the database has a use for.
+/// Files that no toplist and no trade of the database needs.
 void check_unused_files(const SiteView& site, Diagnostics& findings);
 
-/// Reports a file that the run cannot do without; true when it can be opened.
-bool check_open(const SiteFile& file, Diagnostics& findings);
+// --- what the checks share ---
 
-/// "cannot be opened" and why, as errno tells.
-std::string cannot_open(int error);
+/// The text of a file that a run reads. Nothing, reported as `missing`, when it cannot be opened or
+/// read, or as kUnusableFile, when it is no regular file. Reports a byte order mark.
+std::optional<std::string> read_input(const std::string& path, const Kind& missing,
+                                      Diagnostics& findings);
 
-/// Reports that none of the active trades has what `lacking` of them have not, if it is so.
+/// Where line breaks may stand in a file of records.
+enum class LineBreaks {
+  between_records,  ///< in the first field of a record only
+  anywhere,
+};
+
+/// Reports the first line of a file of "|"-separated fields whose fields do not come in records of
+/// `size`: a line that breaks a record, or the last line when it leaves one incomplete. Line breaks
+/// and blanks at the file's end do not count. False when there is such a line.
+bool check_fields(const Kind& kind, const std::string& path, std::string_view text,
+                  std::size_t size, Diagnostics& findings,
+                  LineBreaks breaks = LineBreaks::between_records);
+
+/// Reports that none of the active trades has a thing, if all of them, `lacking`, have not.
 void check_none_has(const Kind& kind, const std::string& file, std::size_t lacking,
                     const SiteView& site, Diagnostics& findings);
+
+/// The whole number that a field holds, kept within 64 bits; blanks around it do not count.
+/// Nothing when it holds anything else.
+std::optional<std::int64_t> whole_number(std::string_view field);
+
+/// The text without the line breaks and blanks at its end.
+std::string_view without_end_blanks(std::string_view text);
 
 /// Whether a browser would take a part of the text for a tag or a comment.
 bool holds_markup(std::string_view text);
 
-/// The paths of the files in a folder ("d/tl/") whose names end so, sorted; none when it cannot be
-/// listed.
+/// The paths of the regular files in a folder ("d/tl/") whose names end so, sorted; none when the
+/// folder cannot be listed.
 std::vector<std::string> files_in(std::string_view folder, std::string_view suffix);
 
-/// The sources beside the templates.
+/// The sources of templates.
 std::vector<std::string> find_sources();
 
 }  // namespace toplist::ctl

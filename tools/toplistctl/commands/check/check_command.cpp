@@ -69,7 +69,7 @@ std::string json_of(const Selection& selection) {
 Expected<int> check(const Arguments& arguments) {
   const auto wanted = wanted_of(arguments);
   if (!wanted) return tl::unexpected(wanted.error());
-  if (auto entered = enter_site(arguments.site, arguments.user); !entered) {
+  if (auto entered = enter_site_and_say_so(arguments.site, arguments.user); !entered) {
     return tl::unexpected(entered.error());
   }
   const SiteView site;

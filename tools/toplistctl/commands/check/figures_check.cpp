@@ -10,7 +10,6 @@
 #include "render/tag.h"
 #include "run/statistics.h"
 #include "toplistctl/commands/check/check.h"
-#include "toplistctl/commands/check/records.h"
 #include "toplistctl/lib/diagnostics/kinds.h"
 #include "util/fields.h"
 #include "util/text.h"
@@ -18,55 +17,149 @@
 namespace toplist::ctl {
 namespace {
 
-/// Reports where the fields do not come in records of `size`; true when they do.
-bool check_fields(const Kind& kind, const SiteFile& file, std::size_t size, Diagnostics& findings) {
-  const auto misfit = find_misfit(file.text(), size);
-  if (!misfit) return true;
-  findings.push_back({&kind,
-                      {.file = file.path(), .line = misfit->line},
-                      "the line has " + std::to_string(misfit->fields) + " of " +
-                          std::to_string(size) + " fields"});
-  return false;
+// --- figures ---
+
+/// What is wrong with a figure, if anything; an empty one counts as 0.
+std::string_view figure_fault(std::string_view field) {
+  if (field.empty()) return {};
+  const auto number = whole_number(field);
+  if (!number) return "is no whole number";
+  if (*number < 0) return "is negative";
+  return *number > INT32_MAX ? "is above 2147483647" : "";
 }
 
-/// The numbers of all trades as "d/t/sum" is to spell them.
-std::set<std::string> ids_of(const std::vector<TradeRecord>& trades) {
-  std::set<std::string> ids;
-  for (const TradeRecord& trade : trades) ids.insert(std::to_string(trade.trade_id));
-  return ids;
+/// Reports the first bad one of the eight counters of a period.
+bool check_counters(std::span<const std::string_view> counters, Period period, const Place& place,
+                    Diagnostics& findings) {
+  for (std::size_t i = 0; i < kFileOrder.size(); ++i) {
+    const std::string_view fault = figure_fault(counters[i]);
+    if (fault.empty()) continue;
+    add(findings, kinds::kBadFigure, place, "{} of period {}, \"{}\", {}",
+        counter_name(kFileOrder[i]), kPeriodNames[period], counters[i], fault);
+    return false;
+  }
+  return true;
 }
 
-/// The records of "d/t/sum" by the trade's number, a view of its text: the first one of each.
-using SumRecords = std::map<std::string_view, std::size_t>;
+/// A visitor counts in rin at each visit, and once in uin. So uin is hardly ever the higher one.
+void check_shifted(const SiteView& site, Period period, const std::string& file,
+                   Diagnostics& findings) {
+  constexpr std::size_t kFewest = 3;
+  std::size_t with_figures = 0, shifted = 0;
+  for (const TradeRow& row : site.run.rows) {
+    const PeriodBlock& block = row.periods[period];
+    if (block.rin != 0 || block.uin != 0) ++with_figures;
+    if (block.uin > block.rin) ++shifted;
+  }
+  if (shifted < kFewest || shifted * 4 <= with_figures * 3) return;
+  add(findings, kinds::kShiftedColumns, {.file = file},
+      "in period {} uin is above rin for {} of {} trades", kPeriodNames[period], grouped(shifted),
+      grouped(with_figures));
+}
 
-SumRecords check_sum_ids(std::string_view text, const SiteView& site, Diagnostics& findings) {
-  const std::set<std::string> known = ids_of(site.run.trades);
-  SumRecords records;
+constexpr std::size_t kPeriodFields = (kSumFields - 2) / kPeriod99;
+
+/// Checks the records of "d/t/sum" and returns the trades' numbers in them.
+std::set<std::string> check_sum_records(std::string_view text, const SiteView& site,
+                                        Diagnostics& findings) {
+  std::set<std::string> known;
+  for (const TradeRecord& trade : site.run.trades) known.insert(std::to_string(trade.trade_id));
+  std::map<std::string_view, std::size_t> records;  // the first one of each number
   FieldReader fields(text);
   std::array<std::string_view, kSumFields> record;
   for (std::size_t number = 1; next_record(fields, record) == record.size(); ++number) {
-    const std::string id(record[1]);
+    const Place place{.file = kSumPath, .record = number};
     const auto [first, is_new] = records.emplace(record[1], number);
     if (!is_new) {
-      findings.push_back(
-          {&kinds::kDuplicateSumId,
-           {.file = kSumPath, .record = number},
-           "number " + in_quotes(id) + " also has record " + std::to_string(first->second)});
-    } else if (!known.contains(id)) {
-      findings.push_back({&kinds::kUnknownSumId,
-                          {.file = kSumPath, .record = number},
-                          "number " + in_quotes(id) + " is no trade's"});
+      add(findings, kinds::kDuplicateSumId, place, "record {} has the same number, \"{}\"",
+          first->second, record[1]);
+    } else if (!known.contains(std::string(record[1]))) {
+      add(findings, kinds::kUnknownSumId, place, "no trade has the number \"{}\"", record[1]);
+    }
+    for (std::size_t period = 0; period < kPeriod99; ++period) {
+      const auto counters = std::span(record).subspan(2 + period * kPeriodFields);
+      if (!check_counters(counters, static_cast<Period>(period), place, findings)) break;
     }
   }
-  return records;
+  std::set<std::string> ids;
+  for (const auto& [id, number] : records) ids.emplace(id);
+  return ids;
 }
 
-std::string name_of(const TradeRow& row) { return row.domain + " (number " + row.id + ")"; }
+void check_history(const std::string& path, std::string_view text, Diagnostics& findings) {
+  if (!check_fields(kinds::kHistoryFields, path, text, kHistoryFields, findings)) return;
+  FieldReader fields(text);
+  std::array<std::string_view, kHistoryFields> record;
+  for (std::size_t number = 1; next_record(fields, record) == record.size(); ++number) {
+    const Place place{.file = path, .record = number};
+    if (!check_counters(std::span(record).subspan(2), kPeriod99, place, findings)) return;
+  }
+}
+
+/// The part of a domain that most likely stays when the trade moves to another one: the longest
+/// label, the last one left out.
+std::string_view main_label(std::string_view domain) {
+  std::string_view longest;
+  domain = domain.substr(0, domain.rfind('.'));
+  FieldReader labels(domain, '.');
+  for (std::string_view label; labels.next(label);) {
+    if (label.size() >= longest.size()) longest = label;  // not the "www" of "www.abc.org"
+  }
+  return longest;
+}
+
+/// Reports histories that are missing, those of renamed trades as such.
+class MissingHistories {
+ public:
+  MissingHistories(const SiteView& site, Diagnostics& findings) : findings_(findings) {
+    const std::filesystem::path any = history_path("");
+    suffix_ = any.filename().string();
+    folder_ = any.parent_path().string();
+    unused_ = files_in(folder_ + "/", suffix_);
+    std::set<std::string> used;
+    for (const TradeRecord& trade : site.run.trades) {
+      used.insert(history_path(domain_of(trade)));
+    }
+    std::erase_if(unused_, [&used](const std::string& path) { return used.contains(path); });
+  }
+
+  void report(const std::vector<const TradeRow*>& missing) {
+    for (const TradeRow* row : missing) {
+      const std::string path = history_path(row->domain);
+      const std::string* const old = old_history(row->domain, missing.size() == 1);
+      if (old == nullptr) {
+        add(findings_, kinds::kMissingHistory, {.file = path}, "there is no such file");
+      } else {
+        add(findings_, kinds::kRenamedHistory, {.file = path},
+            "there is no such file, but one of no trade: mv {} {}", *old, path);
+      }
+    }
+  }
+
+  [[nodiscard]] const std::string& folder() const { return folder_; }
+
+ private:
+  [[nodiscard]] const std::string* old_history(std::string_view domain, bool is_only_one) const {
+    if (is_only_one && unused_.size() == 1) return &unused_.front();
+    const auto found = std::find_if(unused_.begin(), unused_.end(), [&](std::string_view path) {
+      path.remove_prefix(folder_.size() + 1);
+      path.remove_suffix(suffix_.size());
+      return main_label(path) == main_label(domain);
+    });
+    return found == unused_.end() ? nullptr : &*found;
+  }
+
+  Diagnostics& findings_;
+  std::string folder_, suffix_;
+  std::vector<std::string> unused_;
+};
+
+// --- columns ---
 
 /// Columns that partners write: title, description and picture. The others are the site's own.
 constexpr std::size_t kPartnersColumns = 3;
 
-/// Finds faults of one line of "d/tl/tl.a1" after the other.
+/// Checks one line of "d/tl/tl.a1" after the other.
 class ColumnCheck {
  public:
   ColumnCheck(std::string_view text, Diagnostics& findings) : text_(text), findings_(findings) {}
@@ -74,25 +167,24 @@ class ColumnCheck {
   /// The fields of the line: a domain and its values, views into the text.
   void check(std::span<const std::string_view> fields) {
     count_lines(fields[0]);
-    const std::string domain = in_quotes(fields[0]);
+    const Place place{.file = kExtraColumnsPath, .line = line_};
     const auto [first, is_new] = lines_.emplace(fields[0], line_);
     if (!is_new) {
-      add(kinds::kDuplicateColumns, domain + " also has line " + std::to_string(first->second));
+      add(findings_, kinds::kDuplicateColumns, place, "line {} also is for \"{}\"", first->second,
+          fields[0]);
     }
     for (std::size_t i = 1; i < fields.size(); ++i) {
-      const std::string value = in_quotes(fields[i]) + " of " + domain;
-      if (contains(fields[i], kTagMark)) add(kinds::kMarkInValue, value + " holds \"%%\"");
+      const std::string value = fmt::format("\"{}\" of \"{}\" holds", fields[i], fields[0]);
+      if (contains(fields[i], kTagMark)) {
+        add(findings_, kinds::kMarkInValue, place, "{} \"%%\"", value);
+      }
       if (i <= kPartnersColumns && holds_markup(fields[i])) {
-        add(kinds::kMarkupInValue, value + " holds markup");
+        add(findings_, kinds::kMarkupInValue, place, "{} HTML", value);
       }
     }
   }
 
  private:
-  void add(const Kind& kind, std::string message) {
-    findings_.push_back({&kind, {.file = kExtraColumnsPath, .line = line_}, std::move(message)});
-  }
-
   /// Goes on to the line in which `field` stands.
   void count_lines(std::string_view field) {
     const auto at = text_.begin() + (field.data() - text_.data());
@@ -107,74 +199,71 @@ class ColumnCheck {
   std::map<std::string_view, std::size_t> lines_;  ///< by domain, the first of each
 };
 
-void check_column_lines(std::string_view text, const ExtraColumnFields& fields,
-                        Diagnostics& findings) {
-  const std::size_t size = fields.group_size();
-  const std::span<const std::string_view> kept(fields.kept);
-  ColumnCheck check(text, findings);
-  for (std::size_t at = *fields.kept_in_header; at + size <= kept.size(); at += size) {
-    check.check(kept.subspan(at, size));
-  }
-}
-
-void check_rows_have_columns(const SiteView& site, Diagnostics& findings) {
-  for (const TradeRow& row : site.run.rows) {
-    if (!row.extra_columns.empty()) continue;
-    findings.push_back(
-        {&kinds::kNoColumns, {.file = kExtraColumnsPath}, "no line for " + row.domain});
-  }
-}
-
 }  // namespace
 
 void check_columns(const SiteView& site, Diagnostics& findings) {
-  const SiteFile file(kExtraColumnsPath);
-  if (!check_open(file, findings)) return;
-  const ExtraColumnFields fields = read_extra_column_fields(file.text());
-  if (fields.group_size() == 0) {
-    const std::string count = std::to_string(fields.kept_in_header.value_or(fields.kept.size()));
-    findings.push_back({&kinds::kShortHeader,
-                        {.file = kExtraColumnsPath, .line = 1},
-                        fields.kept_in_header ? "the header has " + count + " of at least 3 fields"
-                                              : "the file has no line behind its header"});
+  const auto text = read_input(kExtraColumnsPath, kinds::kMissingFile, findings);
+  if (!text) return;
+  const ExtraColumnFields fields = read_extra_column_fields(*text);
+  const std::size_t size = fields.group_size();
+  if (size == 0) {
+    const Place header{.file = kExtraColumnsPath, .line = 1};
+    if (fields.kept_in_header) {
+      add(findings, kinds::kShortHeader, header, "the header has {} of at least 3 fields",
+          *fields.kept_in_header);
+    } else {
+      add(findings, kinds::kShortHeader, header, "no line follows the header");
+    }
     return;
   }
-  check_column_lines(file.text(), fields, findings);
-  if (check_fields(kinds::kColumnFields, file, *fields.kept_in_header, findings)) {
-    check_rows_have_columns(site, findings);
+  const std::span<const std::string_view> kept(fields.kept);
+  ColumnCheck check(*text, findings);
+  for (std::size_t at = *fields.kept_in_header; at + size <= kept.size(); at += size) {
+    check.check(kept.subspan(at, size));
+  }
+  if (!check_fields(kinds::kColumnFields, kExtraColumnsPath, *text, *fields.kept_in_header,
+                    findings)) {
+    return;
+  }
+  for (const TradeRow& row : site.run.rows) {
+    if (!row.extra_columns.empty()) continue;
+    add(findings, kinds::kNoColumns, {.file = kExtraColumnsPath}, "no line is for \"{}\"",
+        row.domain);
   }
 }
 
 void check_histories(const SiteView& site, Diagnostics& findings) {
-  std::size_t lacking = 0;
+  std::vector<const TradeRow*> missing;
   for (const TradeRow& row : site.run.rows) {
-    const SiteFile history(history_path(row.domain));
-    if (history.is_open()) {
-      check_fields(kinds::kHistoryFields, history, kHistoryFields, findings);
-    } else {
-      ++lacking;
-      findings.push_back(
-          {&kinds::kMissingHistory, {.file = history.path()}, cannot_open(history.error())});
+    const std::string path = history_path(row.domain);
+    std::error_code ignored;
+    if (!std::filesystem::exists(path, ignored)) {
+      missing.push_back(&row);
+    } else if (const auto text = read_input(path, kinds::kMissingHistory, findings)) {
+      check_history(path, *text, findings);
     }
   }
-  check_none_has(kinds::kNoHistories,
-                 std::filesystem::path(history_path("")).parent_path().string(), lacking, site,
-                 findings);
+  MissingHistories histories(site, findings);
+  check_none_has(kinds::kNoHistories, histories.folder(), missing.size(), site, findings);
+  histories.report(missing);
+  check_shifted(site, kPeriod99, histories.folder(), findings);
 }
 
 void check_sum(const SiteView& site, Diagnostics& findings) {
-  // Behind a line that does not fit, the numbers of trades are not what they seem.
-  const SiteFile file(kSumPath);
-  if (!check_open(file, findings) || !check_fields(kinds::kSumFields, file, kSumFields, findings)) {
-    return;
-  }
+  const auto text = read_input(kSumPath, kinds::kMissingFile, findings);
+  // After a line with too few fields, the trades' numbers are not what they seem.
+  if (!text || !check_fields(kinds::kSumFields, kSumPath, *text, kSumFields, findings)) return;
   if (site.run.trades.empty()) return;
-  const SumRecords records = check_sum_ids(file.text(), site, findings);
+  for (const Period period : {kPeriod60, kPeriod24, kPeriod07}) {
+    check_shifted(site, period, kSumPath, findings);
+  }
+  const std::set<std::string> ids = check_sum_records(*text, site, findings);
   std::size_t lacking = 0;
   for (const TradeRow& row : site.run.rows) {
-    if (records.contains(row.id)) continue;
+    if (ids.contains(row.id)) continue;
     ++lacking;
-    findings.push_back({&kinds::kNoSumRecord, {.file = kSumPath}, "no record of " + name_of(row)});
+    add(findings, kinds::kNoSumRecord, {.file = kSumPath}, "no record is for {} (number {})",
+        row.domain, row.id);
   }
   check_none_has(kinds::kNoFigures, kSumPath, lacking, site, findings);
 }

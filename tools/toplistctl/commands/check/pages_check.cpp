@@ -1,25 +1,30 @@
 #include <ctime>
 #include <filesystem>
 #include <map>
+#include <set>
 #include <string>
 
 #include "run/statistics.h"
 #include "run/sys_log.h"
 #include "toplistctl/commands/check/check.h"
 #include "toplistctl/lib/diagnostics/kinds.h"
-#include "toplistctl/lib/site_files/real_path.h"
-#include "toplistctl/lib/site_view/run_inputs.h"
+#include "toplistctl/lib/site_files/paths.h"
+#include "toplistctl/lib/site_files/read_file.h"
 #include "toplistctl/lib/site_view/status.h"
+#include "toplistctl/lib/templates/check_values.h"
+#include "toplistctl/lib/templates/source.h"
 
 namespace toplist::ctl {
 namespace {
 
-constexpr std::int64_t kOldAge = kDaySeconds;
+namespace fs = std::filesystem;
 
-/// Finds what is wrong with the places of the pages.
-class PlaceCheck {
+// --- pages ---
+
+/// Finds pages that overwrite files or each other.
+class OverwriteCheck {
  public:
-  PlaceCheck(const SiteView& site, Diagnostics& findings) : site_(site), findings_(findings) {}
+  OverwriteCheck(const SiteView& site, Diagnostics& findings) : site_(site), findings_(findings) {}
 
   void check() {
     for (const ToplistView& toplist : site_.toplists) add_page(toplist);
@@ -28,39 +33,36 @@ class PlaceCheck {
     for (const ToplistDefinition& toplist : site_.run.definitions) {
       for (const std::string& path : toplist_inputs(toplist, site_.run.settings)) check_file(path);
     }
-    for (const TradeRow& row : site_.run.rows) check_history(history_path(row.domain));
+    for (const TradeRow& row : site_.run.rows) {
+      // They are many: a missing one cannot be a page.
+      const std::string path = history_path(row.domain);
+      std::error_code ignored;
+      if (fs::exists(path, ignored)) check_file(path);
+    }
   }
 
  private:
-  void add(const Kind& kind, const ToplistView& toplist, const std::string& what) {
-    findings_.push_back({&kind,
-                         {.file = kDefinitionsPath, .record = toplist.record},
-                         toplist.definition->template_path + ": the page " +
-                             in_quotes(toplist.definition->output_path) + " is " + what});
+  void report(const Kind& kind, const ToplistView& toplist, std::string_view what) {
+    add(findings_, kind, {.file = kDefinitionsPath, .record = toplist.record},
+        "{}: the page \"{}\" is {}", toplist.definition->template_path,
+        toplist.definition->output_path, what);
   }
 
   void add_page(const ToplistView& toplist) {
-    const std::string& path = toplist.definition->output_path;
-    const auto [first, is_new] = pages_.emplace(file_identity(path), &toplist);
+    const auto [first, is_new] =
+        pages_.emplace(file_identity(toplist.definition->output_path), &toplist);
     if (is_new) return;
-    add(kinds::kDuplicateOutput, toplist,
-        "also that of record " + std::to_string(first->second->record));
+    report(kinds::kDuplicateOutput, toplist,
+           fmt::format("also the page of record {}", first->second->record));
   }
 
-  /// Tells of the page that this file is, once.
+  /// Reports the page that is this file, once.
   void check_file(const std::string& path) {
     const auto page = pages_.find(file_identity(path));
     if (page == pages_.end()) return;
-    const bool is_log = path == kLogPath;
-    add(kinds::kOverwrittenFile, *page->second,
-        is_log ? "the log" : "also " + path + ", which a run reads");
+    report(kinds::kOverwrittenFile, *page->second,
+           path == kLogPath ? "the log" : fmt::format("{}, which a run reads", path));
     pages_.erase(page);
-  }
-
-  /// They are many: those that are not there have no identity to be found out.
-  void check_history(const std::string& path) {
-    std::error_code ignored;
-    if (std::filesystem::exists(path, ignored)) check_file(path);
   }
 
   const SiteView& site_;
@@ -68,21 +70,84 @@ class PlaceCheck {
   std::map<std::string, const ToplistView*> pages_;  ///< by their files, the first of each
 };
 
-void check_ages(const SiteView& site, Diagnostics& findings) {
-  for (const PageStatus& page : page_statuses(site, kOldAge, std::time(nullptr))) {
-    // One that the next run does not write has another finding.
-    if (!page.late || !page.age || !page.next_run.is_built()) continue;
-    findings.push_back({&kinds::kOldPage,
-                        {.file = page.page},
-                        "was written " + duration_text(*page.age) + " ago"});
+// --- unused files ---
+
+using Paths = std::set<std::string>;
+
+void report_unused(const Kind& kind, const std::vector<std::string>& paths, const Paths& used,
+                   Diagnostics& findings) {
+  for (const std::string& path : paths) {
+    if (!used.contains(path)) add(findings, kind, {.file = path}, "nothing uses this file");
   }
+}
+
+/// The templates of all toplists, and what the sources include.
+Paths used_templates(const SiteView& site) {
+  Paths used;
+  for (const ToplistDefinition& toplist : site.run.definitions) used.insert(toplist.template_path);
+  for (const std::string& source : find_sources()) {
+    for (const SourceFile& file : expand_source(source, read_file).files) {
+      used.insert(file.plain_name);
+    }
+  }
+  return used;
+}
+
+/// A file in the templates' folder is a template if it has the extension of one in use.
+void check_templates_used(const SiteView& site, Diagnostics& findings) {
+  Paths extensions;
+  for (const ToplistDefinition& toplist : site.run.definitions) {
+    extensions.insert(fs::path(toplist.template_path).extension().string());
+  }
+  const Paths used = used_templates(site);
+  for (const std::string& extension : extensions) {
+    if (extension.empty() || extension == kSourceSuffix) continue;
+    report_unused(kinds::kUnusedTemplate, files_in(kTemplateFolder, extension), used, findings);
+  }
+}
+
+/// Also of trades that are not active: they may be switched on again.
+template <typename PathOf>
+Paths paths_of_trades(const SiteView& site, const PathOf& path_of) {
+  Paths paths;
+  for (const TradeRecord& trade : site.run.trades) {
+    paths.insert(path_of(std::string(domain_of(trade))));
+  }
+  return paths;
 }
 
 }  // namespace
 
 void check_pages(const SiteView& site, Diagnostics& findings) {
-  PlaceCheck(site, findings).check();
-  check_ages(site, findings);
+  OverwriteCheck(site, findings).check();
+  for (const PageStatus& page : page_statuses(site, kDaySeconds, std::time(nullptr))) {
+    if (page.cut) {
+      add(findings, kinds::kCutPage, {.file = page.page}, "{}", *page.cut);
+    }
+    // A page that the next run does not write has another finding.
+    if (page.late && page.age && page.next_run.is_built()) {
+      add(findings, kinds::kOldPage, {.file = page.page}, "the page was written {} ago",
+          duration_text(*page.age));
+    }
+  }
+  if (const auto room = little_room(site)) {
+    add(findings, kinds::kLittleRoom, {.file = room->folder}, "{}", room->text);
+  }
+}
+
+void check_unused_files(const SiteView& site, Diagnostics& findings) {
+  check_templates_used(site, findings);
+  const fs::path histories = history_path("");
+  report_unused(kinds::kUnusedHistory,
+                files_in(histories.parent_path().string() + "/", histories.filename().string()),
+                paths_of_trades(site, history_path), findings);
+  const std::string& folder = site.run.config.thumb_dir();
+  if (!folder.ends_with('/')) return;  // then thumbnails are not told from other files
+  report_unused(
+      kinds::kUnusedThumbnail, files_in(folder, ".jpg"),
+      paths_of_trades(site,
+                      [&folder](const std::string& domain) { return folder + domain + ".jpg"; }),
+      findings);
 }
 
 }  // namespace toplist::ctl

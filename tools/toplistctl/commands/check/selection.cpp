@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "toplistctl/lib/diagnostics/kinds.h"
-#include "toplistctl/lib/site_view/run_inputs.h"
+#include "toplistctl/lib/site_view/rehearsal.h"
 
 namespace toplist::ctl {
 namespace {
@@ -14,54 +14,68 @@ bool holds(const KindList& list, const Kind* kind) {
   return std::find(list.begin(), list.end(), kind) != list.end();
 }
 
-/// What a site has as long as something else is wrong. Once that is mended, what was of another
-/// origin is found by the next check.
+/// A kind of fault that causes others. Faults of these kinds with another cause are found by the
+/// next check, once this one is fixed.
 struct Cause {
   const Kind& kind;
-  std::string_view file;  ///< in which it is found; empty: in any
+  std::string_view file;  ///< where it is found; empty: anywhere
   KindList consequences;  ///< empty: everything
 };
 
 const std::vector<Cause>& causes() {
-  static const KindList of_missing_trades = {&kinds::kUnknownSumId, &kinds::kRankBeyondList,
-                                             &kinds::kUnusedHistory, &kinds::kUnusedThumbnail,
-                                             &kinds::kEmptyToplist};
-  static const KindList of_missing_definitions = {&kinds::kUnknownTemplate,
-                                                  &kinds::kUnusedTemplate};
+  using namespace kinds;
+  static const KindList of_trades = {&kUnknownSumId, &kRankBeyondList, &kUnusedHistory,
+                                     &kUnusedThumbnail, &kEmptyToplist};
+  static const KindList of_definitions = {&kUnknownTemplate, &kUnusedTemplate};
+  static const KindList of_folder = {&kThumbnailFolder, &kNoThumbnails, &kMissingThumbnail,
+                                     &kEmptyToplist};
+  static const KindList of_configuration = {
+      &kHarvestFolder,    &kThumbnailSlash,  &kUnknownFetchMethod,
+      &kMissingTool,      &kThumbnailFolder, &kNoThumbnails,
+      &kMissingThumbnail, &kEmptyToplist,    &kUnusedThumbnail};
   static const std::vector<Cause> table = {
-      {kinds::kNoSite, {}, {}},
-      {kinds::kMissingFile, kTradesPath, of_missing_trades},
-      {kinds::kTooFewRecords, {}, of_missing_trades},
-      {kinds::kNoActiveTrades, {}, {&kinds::kRankBeyondList}},
-      {kinds::kDuplicateId, {}, {&kinds::kDuplicateSumId}},
-      {kinds::kDuplicateDomain, {}, {&kinds::kDuplicateColumns}},
-      {kinds::kMissingFile, kSumPath, {&kinds::kEmptyToplist}},
-      {kinds::kNoFigures, {}, {&kinds::kNoSumRecord, &kinds::kEmptyToplist}},
-      {kinds::kSumFields, {}, {&kinds::kEmptyToplist}},
-      {kinds::kNoHistories, {}, {&kinds::kMissingHistory}},
-      {kinds::kColumnFields, {}, {&kinds::kDuplicateColumns, &kinds::kMissingColumn}},
-      {kinds::kShortConfiguration,
+      {kNoSite, {}, {}},
+      {kMissingFile, kTradesPath, of_trades},
+      {kUnusableFile, kTradesPath, of_trades},
+      {kTooFewRecords, {}, of_trades},
+      {kByteOrderMark,
+       kTradesPath,
+       {&kCutRecord, &kNoActiveTrades, &kBadDomain, &kUnknownSumId, &kUnusedHistory,
+        &kUnusedThumbnail}},
+      {kNoActiveTrades, {}, {&kRankBeyondList}},
+      {kDuplicateId, {}, {&kDuplicateSumId}},
+      {kDuplicateDomain, {}, {&kDuplicateColumns}},
+      {kMissingFile, kSumPath, {&kEmptyToplist}},
+      {kUnusableFile, kSumPath, {&kEmptyToplist}},
+      {kNoFigures, {}, {&kNoSumRecord, &kEmptyToplist}},
+      {kSumFields, {}, {&kEmptyToplist, &kShiftedColumns}},
+      {kBadFigure, {}, {&kEmptyToplist}},
+      {kShiftedColumns, {}, {&kEmptyToplist}},
+      {kNoHistories, {}, {&kMissingHistory, &kRenamedHistory, &kUnusedHistory}},
+      {kRenamedHistory, {}, {&kUnusedHistory}},
+      {kUnusableFile, kExtraColumnsPath, {&kNoColumns, &kMissingColumn}},
+      {kColumnFields, {}, {&kDuplicateColumns, &kMissingColumn}},
+      {kShortConfiguration, {}, of_folder},
+      {kCarriageReturn, {}, of_configuration},
+      {kByteOrderMark, kHarvestConfigPath, of_configuration},
+      {kNoThumbnails, {}, {&kMissingThumbnail, &kEmptyToplist}},
+      {kMissingThumbnail, {}, {&kEmptyToplist}},
+      {kMissingFile, kDefinitionsPath, of_definitions},
+      {kUnusableFile, kDefinitionsPath, of_definitions},
+      {kNoToplists, {}, of_definitions},
+      {kDefinitionFields,
        {},
-       {&kinds::kThumbnailFolder, &kinds::kNoThumbnails, &kinds::kMissingThumbnail,
-        &kinds::kEmptyToplist}},
-      {kinds::kCarriageReturn,
+       {&kNoToplists, &kBuildMode, &kCheckValue, &kMissingTemplate, &kSkippedTemplate, &kOrderBy,
+        &kOutput, &kDuplicateOutput, &kUnknownTemplate, &kUnusedTemplate}},
+      {kSettingFields,
        {},
-       {&kinds::kHarvestFolder, &kinds::kThumbnailSlash, &kinds::kUnknownFetchMethod,
-        &kinds::kMissingTool, &kinds::kThumbnailFolder, &kinds::kNoThumbnails,
-        &kinds::kMissingThumbnail, &kinds::kEmptyToplist}},
-      {kinds::kNoThumbnails, {}, {&kinds::kMissingThumbnail, &kinds::kEmptyToplist}},
-      {kinds::kMissingFile, kDefinitionsPath, of_missing_definitions},
-      {kinds::kNoToplists, {}, of_missing_definitions},
-      {kinds::kDefinitionFields,
-       {},
-       {&kinds::kNoToplists, &kinds::kBuildMode, &kinds::kCheckValue, &kinds::kMissingTemplate,
-        &kinds::kOrderBy, &kinds::kOutput, &kinds::kDuplicateOutput, &kinds::kUnknownTemplate,
-        &kinds::kUnusedTemplate}},
-      {kinds::kSettingFields,
-       {},
-       {&kinds::kNoEquals, &kinds::kUnknownTemplate, &kinds::kUnknownKey, &kinds::kBadNumber,
-        &kinds::kEmptyList, &kinds::kMissingGroup}},
-      {kinds::kGroupFields, {}, {&kinds::kEmptyGroup, &kinds::kEmptyToplist}},
+       {&kNoEquals, &kUnknownTemplate, &kUnknownKey, &kBadNumber, &kEmptyList, &kMissingGroup}},
+      {kBadNumber, {}, {&kEmptyToplist}},
+      {kGroupFields, {}, {&kEmptyGroup, &kEmptyToplist}},
+      {kEmptyGroup, {}, {&kEmptyToplist}},
+      {kUnfinishedChange, {}, {&kLeftoverFile}},
+      {kOverwrittenFile, {}, {&kCutPage}},
+      {kLittleRoom, {}, {&kCutPage}},
   };
   return table;
 }
@@ -92,17 +106,16 @@ std::vector<Found> causes_in(Diagnostics& findings) {
 
 void leave_out_consequences(Diagnostics& findings) {
   const std::vector<Found> found = causes_in(findings);
-  const auto follows = [&found](const Diagnostic& finding) {
-    return std::any_of(found.begin(), found.end(),
-                       [&finding](const Found& cause) { return cause.brings(finding); });
-  };
   for (const Diagnostic& finding : findings) {
     for (const Found& cause : found) {
       if (!cause.brings(finding)) continue;
       cause.finding->brings = std::min(cause.finding->brings, finding.effect());
     }
   }
-  std::erase_if(findings, follows);
+  std::erase_if(findings, [&found](const Diagnostic& finding) {
+    return std::any_of(found.begin(), found.end(),
+                       [&finding](const Found& cause) { return cause.brings(finding); });
+  });
 }
 
 }  // namespace
@@ -113,6 +126,9 @@ Selection select(Diagnostics all, const Wanted& wanted) {
   leave_out_consequences(all);
   const std::size_t hidden = std::erase_if(
       all, [&](const Diagnostic& finding) { return finding.effect() > wanted.min_effect; });
+  std::stable_sort(all.begin(), all.end(), [](const Diagnostic& a, const Diagnostic& b) {
+    return a.effect() < b.effect();
+  });
   return {std::move(all), hidden};
 }
 

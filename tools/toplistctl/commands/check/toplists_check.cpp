@@ -1,16 +1,19 @@
-#include <charconv>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
 #include <string>
 
 #include "toplist/filters.h"
 #include "toplist/ranking.h"
 #include "toplistctl/commands/check/check.h"
-#include "toplistctl/commands/check/records.h"
 #include "toplistctl/lib/diagnostics/kinds.h"
 #include "toplistctl/lib/new_site/harvest_root.h"
-#include "toplistctl/lib/site_files/writable.h"
+#include "toplistctl/lib/site_files/paths.h"
+#include "toplistctl/lib/site_files/site_root.h"
+#include "toplistctl/lib/templates/check_values.h"
 #include "util/fields.h"
-#include "util/number.h"
-#include "util/sha1.h"
 #include "util/text_column.h"
 
 namespace toplist::ctl {
@@ -18,79 +21,96 @@ namespace {
 
 // --- definitions ---
 
-/// Finds faults of one toplist after the other.
+/// Why a run cannot write a page.
+struct OutputFault {
+  const Kind* kind;
+  std::string text;
+};
+
+std::optional<OutputFault> output_fault(const std::string& path) {
+  namespace fs = std::filesystem;
+  if (!why_not_writable(path)) return std::nullopt;
+  std::error_code ignored;
+  if (fs::is_directory(path, ignored)) return OutputFault{&kinds::kOutput, "it is a folder"};
+  const fs::path page = real_path(path);
+  const std::string folder = page.parent_path().string();
+  if (!fs::is_directory(folder, ignored)) {
+    return OutputFault{&kinds::kOutput, fmt::format("there is no folder {}", folder)};
+  }
+  const std::string& owned = fs::exists(page, ignored) ? path : folder;
+  return OutputFault{&kinds::kOutputOwner,
+                     fmt::format("{} belongs to {}, and {} may not write to it", owned,
+                                 owner_name(owned), user_name(::geteuid()))};
+}
+
+/// Checks one toplist.
 class DefinitionCheck {
  public:
-  DefinitionCheck(const SiteView& site, Diagnostics& findings) : site_(site), findings_(findings) {}
+  DefinitionCheck(const SiteView& site, const ToplistView& toplist, Diagnostics& findings)
+      : site_(site), toplist_(toplist), definition_(*toplist.definition), findings_(findings) {}
 
-  void check(const ToplistView& toplist) {
-    toplist_ = &toplist;
+  void check() {
     check_template();
-    if (!is_order_value(definition().order_by)) {
-      add(kinds::kOrderBy, "order-by value " + in_quotes(definition().order_by));
-    }
     check_output();
-    if (toplist.passing.empty() && !site_.run.rows.empty()) {
-      add(kinds::kEmptyToplist, "no trade passes its filters: " + drops());
+    if (!is_order_value(definition_.order_by)) {
+      report(kinds::kOrderBy, fmt::format("the order-by value is \"{}\"", definition_.order_by));
+    }
+    if (toplist_.passing.empty() && !site_.run.rows.empty() && !is_unusable_) {
+      report(kinds::kEmptyToplist, "no trade passes its settings: " + drops());
     }
   }
 
  private:
-  [[nodiscard]] const ToplistDefinition& definition() const { return *toplist_->definition; }
-
-  void add(const Kind& kind, const std::string& fault) {
-    findings_.push_back({&kind,
-                         {.file = kDefinitionsPath, .record = toplist_->record},
-                         definition().template_path + ": " + fault});
+  void report(const Kind& kind, std::string_view fault) {
+    add(findings_, kind, {.file = kDefinitionsPath, .record = toplist_.record}, "{}: {}",
+        definition_.template_path, fault);
   }
 
   void check_template() {
-    const SiteFile file(definition().template_path);
-    const std::string fault = file.is_open() ? "" : "the template " + cannot_open(file.error());
-    if (toplist_->allowed) {
-      if (!file.is_open()) add(kinds::kMissingTemplate, fault);
-    } else if (definition().build_mode != "1") {
-      add(kinds::kBuildMode, "mode " + in_quotes(definition().build_mode));
-    } else {
-      add(kinds::kCheckValue, file.is_open() ? differing_values() : fault);
+    const bool needs_value = definition_.build_mode == "1";
+    Diagnostics faults;
+    const auto text =
+        read_input(definition_.template_path,
+                   needs_value ? kinds::kSkippedTemplate : kinds::kMissingTemplate, faults);
+    if (!needs_value && definition_.build_mode != "2") {
+      report(kinds::kBuildMode, fmt::format("the build mode is \"{}\"", definition_.build_mode));
+    } else if (!text) {
+      is_unusable_ = faults.front().kind == &kinds::kUnusableFile;
+      report(*faults.front().kind, "the template: " + faults.front().message);
+    } else if (!toplist_.allowed) {
+      report(kinds::kCheckValue,
+             fmt::format("the check value is \"{}\", but the template's is \"{}\"",
+                         definition_.check_value, check_value_of(*text)));
     }
-  }
-
-  [[nodiscard]] std::string differing_values() const {
-    return "check value " + in_quotes(definition().check_value) + ", but the template's is " +
-           in_quotes(sha1_file_hex(definition().template_path));
   }
 
   [[nodiscard]] std::string drops() const {
     std::string text;
-    for (const auto& [filter, count] : toplist_->dropped) {
-      text += (text.empty() ? "" : ", ") + std::string(filter) + " drops " + std::to_string(count);
+    for (const auto& [filter, count] : toplist_.dropped) {
+      text += fmt::format("{}{} drops {}", text.empty() ? "" : ", ", filter, count);
     }
     return text;
   }
 
   void check_output() {
-    const std::string& path = definition().output_path;
-    if (!can_be_written(path)) {
-      add(kinds::kOutput, "the page " + in_quotes(path) + " cannot be written");
+    const std::string& path = definition_.output_path;
+    if (const auto fault = output_fault(path)) {
+      report(*fault->kind, fmt::format("the page \"{}\" cannot be written: {}", path, fault->text));
     }
   }
 
   const SiteView& site_;
+  const ToplistView& toplist_;
+  const ToplistDefinition& definition_;
   Diagnostics& findings_;
-  const ToplistView* toplist_ = nullptr;
+  bool is_unusable_ = false;  ///< the template, which then was not read
 };
 
 // --- settings ---
 
 bool is_number(std::string_view value) {
-  while (!value.empty() && is_blank(value.front())) value.remove_prefix(1);
-  value = without_end_blanks(value);
-  if (value.starts_with('+')) value.remove_prefix(1);
-  std::int32_t number = 0;
-  const char* end = value.data() + value.size();
-  const auto parsed = std::from_chars(value.data(), end, number);
-  return parsed.ec == std::errc() && parsed.ptr == end;
+  const auto number = whole_number(value);
+  return number && *number >= INT32_MIN && *number <= INT32_MAX;
 }
 
 bool is_empty_list(std::string_view value) {
@@ -100,21 +120,12 @@ bool is_empty_list(std::string_view value) {
 }
 
 void check_group(const std::string& path, Diagnostics& findings) {
-  const SiteFile file(path);
-  if (!file.is_open()) {
-    findings.push_back({&kinds::kMissingGroup, {.file = path}, cannot_open(file.error())});
-    return;
-  }
-  if (const auto misfit = find_misfit(file.text(), kGroupFields)) {
-    findings.push_back({&kinds::kGroupFields,
-                        {.file = path, .line = misfit->line},
-                        "the line has " + std::to_string(misfit->fields) + " of " +
-                            std::to_string(kGroupFields) + " fields"});
-  }
+  const auto text = read_input(path, kinds::kMissingGroup, findings);
+  if (!text) return;
+  check_fields(kinds::kGroupFields, path, *text, kGroupFields, findings);
   TextColumn members;
-  parse_group(file.text(), members);
-  if (members.empty())
-    findings.push_back({&kinds::kEmptyGroup, {.file = path}, "the group has no member"});
+  parse_group(*text, members);
+  if (members.empty()) add(findings, kinds::kEmptyGroup, {.file = path}, "the group has no member");
 }
 
 /// What is wrong with the value of a setting; nullptr when nothing is.
@@ -126,24 +137,21 @@ const Kind* value_fault(const ToplistSetting& setting) {
 }
 
 bool is_used(std::string_view template_name, const std::vector<ToplistDefinition>& definitions) {
-  const std::string path = std::string(kTemplateFolder).append(template_name);
-  for (const ToplistDefinition& definition : definitions) {
-    if (definition.template_path == path) return true;
-  }
-  return false;
+  return std::any_of(definitions.begin(), definitions.end(), [&](const ToplistDefinition& toplist) {
+    return std::string_view(toplist.template_path).substr(kTemplateFolder.size()) == template_name;
+  });
 }
 
 void check_record(const SiteView& site, const SettingRecord& record, std::size_t number,
                   Diagnostics& findings) {
-  const auto add = [&](const Kind& kind) {
-    findings.push_back({&kind,
-                        {.file = kSettingsPath, .record = number},
-                        in_quotes(record[2]) + " for " + in_quotes(record[1])});
+  const auto report = [&](const Kind& kind) {
+    add(findings, kind, {.file = kSettingsPath, .record = number}, "\"{}\" for \"{}\"", record[2],
+        record[1]);
   };
-  if (!is_used(record[1], site.run.definitions)) add(kinds::kUnknownTemplate);
+  if (!is_used(record[1], site.run.definitions)) report(kinds::kUnknownTemplate);
   const auto setting = read_setting(record);
-  if (!setting) return add(kinds::kNoEquals);
-  if (const Kind* fault = value_fault(*setting)) add(*fault);
+  if (!setting) return report(kinds::kNoEquals);
+  if (const Kind* fault = value_fault(*setting)) report(*fault);
   if (setting->key != kGroupKey) return;
   if (const auto path = group_path(setting->value)) check_group(*path, findings);
 }
@@ -151,35 +159,26 @@ void check_record(const SiteView& site, const SettingRecord& record, std::size_t
 }  // namespace
 
 void check_definitions(const SiteView& site, Diagnostics& findings) {
-  const SiteFile file(kDefinitionsPath);
-  if (!check_open(file, findings)) return;
-  if (const auto misfit = find_misfit(file.text(), kDefinitionFields)) {
-    findings.push_back({&kinds::kDefinitionFields,
-                        {.file = kDefinitionsPath, .line = misfit->line},
-                        "the line has " + std::to_string(misfit->fields) + " of " +
-                            std::to_string(kDefinitionFields) + " fields"});
+  const auto text = read_input(kDefinitionsPath, kinds::kMissingFile, findings);
+  if (!text) return;
+  check_fields(kinds::kDefinitionFields, kDefinitionsPath, *text, kDefinitionFields, findings);
+  if (site.run.definitions.empty() && !is_harvest_root()) {  // a harvest root has none on purpose
+    add(findings, kinds::kNoToplists, {.file = kDefinitionsPath}, "{}",
+        without_end_blanks(*text).empty() ? "the file is empty"
+                                          : "the last record has a template and no page");
   }
-  if (site.run.definitions.empty() && !is_harvest_root()) {  // where none are wanted
-    findings.push_back({&kinds::kNoToplists,
-                        {.file = kDefinitionsPath},
-                        without_end_blanks(file.text()).empty()
-                            ? "the file is empty"
-                            : "the last record has a template and no page"});
+  for (const ToplistView& toplist : site.toplists) {
+    DefinitionCheck(site, toplist, findings).check();
   }
-  DefinitionCheck check(site, findings);
-  for (const ToplistView& toplist : site.toplists) check.check(toplist);
 }
 
 void check_settings(const SiteView& site, Diagnostics& findings) {
-  const SiteFile file(kSettingsPath);
-  if (!check_open(file, findings)) return;
-  const std::string_view text = without_end_blanks(file.text());
-  if (const auto misfit = find_misfit(text, kSettingFields, LineBreaks::anywhere)) {
-    findings.push_back({&kinds::kSettingFields,
-                        {.file = kSettingsPath, .line = misfit->line},
-                        "the last record is incomplete"});
-  }
-  FieldReader fields(text);
+  const auto text = read_input(kSettingsPath, kinds::kMissingFile, findings);
+  if (!text) return;
+  const std::string_view records = without_end_blanks(*text);
+  check_fields(kinds::kSettingFields, kSettingsPath, records, kSettingFields, findings,
+               LineBreaks::anywhere);
+  FieldReader fields(records);
   SettingRecord record;
   for (std::size_t number = 1; next_record(fields, record) == record.size(); ++number) {
     check_record(site, record, number, findings);

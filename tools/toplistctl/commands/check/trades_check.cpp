@@ -12,51 +12,24 @@
 namespace toplist::ctl {
 namespace {
 
-constexpr std::size_t kRecordBytes = sizeof(TradeRecord);
-
-void check_size(const SiteFile& file, const SiteView& site, Diagnostics& findings) {
+void check_size(std::size_t bytes, const SiteView& site, Diagnostics& findings) {
+  constexpr std::size_t kRecordBytes = sizeof(TradeRecord);
   const std::size_t count = site.run.trades.size();
-  const std::size_t cut = file.text().size() % kRecordBytes;
-  if (cut != 0) {
-    findings.push_back(
-        {&kinds::kCutRecord,
-         {.file = kTradesPath, .record = count},
-         "holds " + std::to_string(cut) + " of " + std::to_string(kRecordBytes) + " bytes"});
+  if (const std::size_t cut = bytes % kRecordBytes; cut != 0) {
+    add(findings, kinds::kCutRecord, {.file = kTradesPath, .record = count},
+        "the record has {} of {} bytes", cut, kRecordBytes);
   }
   if (count < kFewestTrades) {
-    findings.push_back(
-        {&kinds::kTooFewRecords,
-         {.file = kTradesPath},
-         "holds " + count_of(count, "record") + ", a run needs " + std::to_string(kFewestTrades)});
+    add(findings, kinds::kTooFewRecords, {.file = kTradesPath}, "the file holds {}, a run needs {}",
+        count_of(count, "record"), kFewestTrades);
   } else if (site.run.rows.empty()) {
-    findings.push_back({&kinds::kNoActiveTrades,
-                        {.file = kTradesPath},
-                        "none of the " + count_of(count, "trade") + " has status 1"});
+    add(findings, kinds::kNoActiveTrades, {.file = kTradesPath}, "none of the {} has status 1",
+        count_of(count, "trade"));
   }
 }
 
-/// Finds values that an earlier active trade has as well.
-template <typename Value>
-class Duplicates {
- public:
-  Duplicates(const Kind& kind, const char* what) : kind_(kind), what_(what) {}
-
-  void add(const Value& value, const std::string& text, std::size_t record, Diagnostics& findings) {
-    const auto [first, is_new] = first_.emplace(value, record);
-    if (is_new) return;
-    findings.push_back({&kind_,
-                        {.file = kTradesPath, .record = record},
-                        what_ + text + " is also that of record " + std::to_string(first->second)});
-  }
-
- private:
-  const Kind& kind_;
-  const std::string what_;
-  std::map<Value, std::size_t> first_;
-};
-
-/// Whether this may stand between two dots of a host name. The underscore is no host name's by the
-/// book, but name servers and the web know hosts that have it.
+/// Whether this may stand between two dots of a host name. The standards do not allow "_", but
+/// name servers and the web know hosts that have it.
 bool is_host_label(std::string_view label) {
   constexpr std::size_t kLongest = 63;
   const auto fits = [](char c) {
@@ -77,50 +50,65 @@ bool is_host_name(std::string_view name) {
 
 /// What is wrong with a domain, if anything.
 std::string_view domain_fault(std::string_view domain) {
-  if (domain.empty()) return "the domain is empty";
-  if (domain.size() >= sizeof(TradeRecord::domain)) return "the domain fills its field to the end";
-  if (domain.find('/') != std::string_view::npos) return "the domain holds a \"/\"";
+  if (domain.empty()) return "is empty";
+  if (domain.size() >= sizeof(TradeRecord::domain)) return "fills its field to the end";
+  if (contains(domain, "/")) return "holds a \"/\"";
   if (domain.find_first_of("\r\n\t|") != std::string_view::npos) {
-    return "the domain holds a line break, tab or \"|\"";
+    return "holds a line break, tab or \"|\"";
   }
-  if (!is_host_name(domain)) return "the domain is no host name";
-  return {};
+  return is_host_name(domain) ? "" : "is no host name";
 }
 
-void check_active_trades(const SiteView& site, Diagnostics& findings) {
-  Duplicates<std::int32_t> ids(kinds::kDuplicateId, "number ");
-  Duplicates<std::string_view> domains(kinds::kDuplicateDomain, "domain ");
-  for (std::size_t i = 0; i < site.run.trades.size(); ++i) {
-    const TradeRecord& trade = site.run.trades[i];
-    if (!is_active(trade)) continue;
+/// Checks one active trade after the other.
+class ActiveTrades {
+ public:
+  explicit ActiveTrades(Diagnostics& findings) : findings_(findings) {}
+
+  void check(const TradeRecord& trade, std::size_t record) {
+    const Place place{.file = kTradesPath, .record = record};
+    const std::string_view url = url_of(trade);
+    if (contains(url, kTagMark)) {
+      add(findings_, kinds::kMarkInValue, place, "the address \"{}\" holds \"%%\"", url);
+    }
+    if (holds_markup(url)) {
+      add(findings_, kinds::kMarkupInValue, place, "the address \"{}\" holds HTML", url);
+    }
+    check_unique(ids_, trade.trade_id, kinds::kDuplicateId, "number", place);
     const std::string_view domain = domain_of(trade);
-    if (contains(url_of(trade), kTagMark)) {
-      findings.push_back({&kinds::kMarkInValue,
-                          {.file = kTradesPath, .record = i + 1},
-                          "the address " + in_quotes(url_of(trade)) + " holds \"%%\""});
-    }
-    if (holds_markup(url_of(trade))) {
-      findings.push_back({&kinds::kMarkupInValue,
-                          {.file = kTradesPath, .record = i + 1},
-                          "the address " + in_quotes(url_of(trade)) + " holds markup"});
-    }
-    ids.add(trade.trade_id, std::to_string(trade.trade_id), i + 1, findings);
     if (const std::string_view fault = domain_fault(domain); !fault.empty()) {
-      findings.push_back(
-          {&kinds::kBadDomain, {.file = kTradesPath, .record = i + 1}, std::string(fault)});
+      add(findings_, kinds::kBadDomain, place, "the domain {}", fault);
     } else {
-      domains.add(domain, in_quotes(domain), i + 1, findings);
+      check_unique(domains_, domain, kinds::kDuplicateDomain, "domain", place);
     }
   }
-}
+
+ private:
+  template <typename Value>
+  using Records = std::map<Value, std::size_t>;
+
+  template <typename Value>
+  void check_unique(Records<Value>& records, const Value& value, const Kind& kind, const char* what,
+                    const Place& place) {
+    const auto [first, is_new] = records.emplace(value, place.record);
+    if (is_new) return;
+    add(findings_, kind, place, "record {} has the same {}, {}", first->second, what, value);
+  }
+
+  Diagnostics& findings_;
+  Records<std::int32_t> ids_;
+  Records<std::string_view> domains_;
+};
 
 }  // namespace
 
 void check_trades(const SiteView& site, Diagnostics& findings) {
-  const SiteFile file(kTradesPath);
-  if (!check_open(file, findings)) return;
-  check_size(file, site, findings);
-  check_active_trades(site, findings);
+  const auto bytes = read_input(kTradesPath, kinds::kMissingFile, findings);
+  if (!bytes) return;
+  check_size(bytes->size(), site, findings);
+  ActiveTrades active(findings);
+  for (std::size_t i = 0; i < site.run.trades.size(); ++i) {
+    if (is_active(site.run.trades[i])) active.check(site.run.trades[i], i + 1);
+  }
 }
 
 }  // namespace toplist::ctl

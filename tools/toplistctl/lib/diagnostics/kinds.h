@@ -53,11 +53,11 @@ inline const Listed kLockFile{
     "run that uses flock fails."};
 inline const Listed kUnfinishedChange{
     "unfinished-change", Effect::show,
-    "Run the same command again to finish the change, or toplistctl undo to go back."};
+    "Run toplistctl undo. It puts the old files back, and so does the next command that changes "
+    "the site. Some files are new and some old until then."};
 inline const Listed kLeftoverFile{
     "leftover-file", Effect::note,
-    "A command was killed while it wrote this file. The next command that changes the site "
-    "removes it."};
+    "Nothing needs to be done: the next command that changes the site removes it."};
 inline const Listed kHarvestFolder{
     "harvest-folder", Effect::lose,
     "Create the folder and let the user that runs toplist write to it. Until then no thumbnail is "
@@ -101,8 +101,8 @@ inline const Listed kBadFigure{
     "digits up to the first other character and keeps the low 32 bits."};
 inline const Listed kShiftedColumns{
     "shifted-columns", Effect::show,
-    "Look at the program that writes the file. Visitors (rin) cannot be fewer than unique visitors "
-    "(uin), so the columns are probably shifted by one."};
+    "Look at the program that writes the file. There cannot be more unique visitors (uin) than "
+    "visits (rin), so the columns are probably shifted."};
 inline const Listed kUnknownSumId{
     "unknown-sum-id", Effect::note,
     "Correct the number or remove the record. These figures belong to no trade of the database."};
@@ -171,6 +171,10 @@ inline const Listed kMissingTool{
     "missing-tool", Effect::lose,
     "Install the program where the scheduler finds it. Cron looks in /usr/bin and /bin unless the "
     "crontab sets PATH. Use --path to check other folders."};
+inline const Listed kThumbnailSize{
+    "thumbnail-size", Effect::lose,
+    "Write nothing after toplist-thumbnail on line 2, and WIDTHxHEIGHT on line 3, such as 240x180, "
+    "or leave it empty. With other words toplist-thumbnail removes every picture."};
 inline const Listed kNeedsDownloader{
     "needs-downloader", Effect::lose,
     "Write \"1\" or \"3\" on line 5 of the configuration. The built-in client supports only plain "

@@ -15,9 +15,8 @@
 #include "toplist/definitions.h"
 #include "toplistctl/lib/new_site/embedded_files.h"
 #include "toplistctl/lib/site_files/site_root.h"
-#include "toplistctl/lib/templates/digest.h"
-#include "toplistctl/lib/templates/expansion.h"
-#include "toplistctl/lib/templates/installation.h"
+#include "toplistctl/lib/templates/check_values.h"
+#include "toplistctl/lib/templates/source.h"
 #include "util/file.h"
 #include "util/unique_fd.h"
 
@@ -34,9 +33,9 @@ constexpr const char* kFolders[] = {"d/t", "d/h", "d/tl", "d/gr", "l/sys", "l/sy
 
 Expected<std::string> expand(const std::string& source, const NewSite& site) {
   const auto expansion =
-      expand_source(source, [&site](const std::string& path) -> std::optional<std::string> {
+      expand_source(source, [&site](const std::string& path) -> Expected<std::string> {
         const auto found = site.files.find(path);
-        if (found == site.files.end()) return std::nullopt;
+        if (found == site.files.end()) return failure("cannot open " + path);
         return found->second;
       });
   if (expansion.errors.empty()) return expansion.text;
@@ -46,21 +45,6 @@ Expected<std::string> expand(const std::string& source, const NewSite& site) {
 tl::unexpected<Error> cannot_create(const fs::path& path, int code, std::string advice = "") {
   return tl::unexpected(
       Error{"cannot create", path.string(), code, std::move(advice) + "Nothing was created"});
-}
-
-/// Root becomes the first other owner of anything on the path.
-Expected<void> give_up_root(const fs::path& path) {
-  fs::path way;
-  for (const fs::path& part : path) {
-    way /= part;
-    struct stat link {
-    }, folder{};
-    if (::geteuid() != 0 || ::lstat(way.c_str(), &link) != 0) return {};
-    if (::stat(way.c_str(), &folder) != 0) folder = link;
-    const struct stat& owned = link.st_uid != 0 ? link : folder;
-    if (owned.st_uid != 0) return act_as(owned.st_uid, owned.st_gid);
-  }
-  return {};
 }
 
 /// Opens a folder of the caller's. A link is not followed: whoever may rename things in `parent`
@@ -184,7 +168,7 @@ class Draft {
 
   void allow(const std::string& path, const Access& access) const {
     (void)!::fchownat(draft_.get(), path.c_str(), access.uid, access.gid, AT_SYMLINK_NOFOLLOW);
-    ::fchmodat(draft_.get(), path.c_str(), access.mode, 0);
+    (void)!::fchmodat(draft_.get(), path.c_str(), access.mode, 0);
   }
 
   fs::path target_;

@@ -21,22 +21,38 @@ Error not_readable(const std::string& path, std::string detail) {
   return {.tried = kCannotRead, .path = path, .code = 0, .detail = std::move(detail)};
 }
 
-/// Reads a file whose size is expected to be `size`.
-Expected<std::string> read_to_the_end(const UniqueFd& fd, const std::string& path,
-                                      std::size_t size) {
+struct OpenFile {
+  UniqueFd fd;
+  std::size_t size;
+};
+
+Expected<OpenFile> open_regular(const std::string& path) {
+  // Without waiting for a FIFO's writer.
+  UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  if (!fd) return system_error("cannot open", path, errno);
+  struct stat status {};
+  if (::fstat(fd.get(), &status) != 0) return system_error(kCannotRead, path, errno);
+  if (!S_ISREG(status.st_mode)) {
+    return tl::unexpected(not_readable(path, "It is not a regular file"));
+  }
+  return OpenFile{std::move(fd), static_cast<std::size_t>(status.st_size)};
+}
+
+/// Reads from the file's offset to its end, `expected` bytes if the file does not grow meanwhile.
+Expected<std::string> read_rest(const UniqueFd& fd, const std::string& path, std::size_t expected) {
   std::string text;
-  for (std::size_t end = 0;;) {
+  for (std::size_t size = 0;;) {
     // One byte more than the file holds, so that its end shows without growing once more.
-    if (end == text.size()) text.resize(std::max(end + end / 2, size + 1) + 1);
+    if (size == text.size()) text.resize(std::max(size + size / 2, expected) + 1);
     if (text.size() > kMostFileBytes) {
       return tl::unexpected(not_readable(path, "It is larger than 1 GiB"));
     }
     const ssize_t count =
-        uninterrupted([&] { return ::read(fd.get(), text.data() + end, text.size() - end); });
+        uninterrupted([&] { return ::read(fd.get(), text.data() + size, text.size() - size); });
     if (count < 0) return system_error(kCannotRead, path, errno);
-    end += static_cast<std::size_t>(count);
+    size += static_cast<std::size_t>(count);
     if (count > 0) continue;
-    text.resize(end);
+    text.resize(size);
     return text;
   }
 }
@@ -44,21 +60,24 @@ Expected<std::string> read_to_the_end(const UniqueFd& fd, const std::string& pat
 }  // namespace
 
 Expected<std::string> read_file(const std::string& path) {
-  // Without waiting for a FIFO's writer.
-  const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  if (!fd) return system_error("cannot open", path, errno);
-  struct stat status {};
-  if (::fstat(fd.get(), &status) != 0) return system_error(kCannotRead, path, errno);
-  if (!S_ISREG(status.st_mode)) {
-    return tl::unexpected(not_readable(path, "It is not a regular file"));
-  }
-  return read_to_the_end(fd, path, static_cast<std::size_t>(status.st_size));
+  return open_regular(path).and_then(
+      [&path](const OpenFile& file) { return read_rest(file.fd, path, file.size); });
 }
 
 Expected<std::string> read_input(const std::string& path) {
   const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
   if (!fd) return system_error("cannot open", path, errno);
-  return read_to_the_end(fd, path, 0);
+  return read_rest(fd, path, 0);
+}
+
+Expected<FileEnd> read_file_end(const std::string& path, std::size_t most) {
+  const auto file = open_regular(path);
+  if (!file) return tl::unexpected(file.error());
+  const bool is_cut = file->size > most;
+  if (is_cut) ::lseek(file->fd.get(), -static_cast<off_t>(most), SEEK_END);
+  return read_rest(file->fd, path, std::min(file->size, most)).map([&](std::string text) {
+    return FileEnd{std::move(text), is_cut};
+  });
 }
 
 Expected<std::optional<std::string>> read_file_if_there(const std::string& path) {

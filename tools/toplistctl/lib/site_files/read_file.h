@@ -13,6 +13,15 @@ namespace toplist::ctl {
 /// The largest file that is read whole: 1 GiB. A site of a million trades stays below it.
 inline constexpr std::size_t kMostFileBytes = std::size_t{1} << 30;
 
+/// The last bytes of a file.
+struct FileEnd {
+  std::string text;
+  bool is_cut;  ///< whether other bytes come before
+};
+
+/// The last `most` bytes of a regular file, or all of a smaller one. Errors as of read_file().
+Expected<FileEnd> read_file_end(const std::string& path, std::size_t most);
+
 /// The whole of a regular file. An error when it cannot be opened, when a read fails, when it is
 /// larger than kMostFileBytes, or when it is no regular file: a FIFO would block, a device never
 /// end.

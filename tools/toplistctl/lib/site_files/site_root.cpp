@@ -8,6 +8,8 @@
 
 #include <cerrno>
 
+#include "toplistctl/lib/output/console.h"
+
 namespace toplist::ctl {
 namespace {
 
@@ -46,8 +48,7 @@ Expected<void> become(const Identity& who) {
     return {};
   }
   const int error = errno;
-  return system_error("cannot act as", who.name.empty() ? std::to_string(who.uid) : who.name,
-                      error);
+  return system_error("cannot act as", user_name(who.uid), error);
 }
 
 }  // namespace
@@ -61,6 +62,39 @@ Expected<void> enter_site(const std::string& directory, const std::string& user)
   return {};
 }
 
+Expected<void> give_up_root(const std::filesystem::path& path) {
+  std::filesystem::path way;
+  for (const std::filesystem::path& part : path) {
+    way /= part;
+    struct stat link {
+    }, file{};
+    if (::geteuid() != 0 || ::lstat(way.c_str(), &link) != 0) return {};
+    if (::stat(way.c_str(), &file) != 0) file = link;
+    const struct stat& owned = link.st_uid != 0 ? link : file;
+    if (owned.st_uid != 0) return act_as(owned.st_uid, owned.st_gid);
+  }
+  return {};
+}
+
+Expected<void> enter_site_and_say_so(const std::string& directory, const std::string& user) {
+  const uid_t before = ::geteuid();
+  const auto entered = enter_site(directory, user);
+  if (entered && user.empty() && ::geteuid() != before) {
+    warn(fmt::format("acting as {}, the owner of {}", user_name(::geteuid()), directory));
+  }
+  return entered;
+}
+
 Expected<void> act_as(uid_t uid, gid_t gid) { return become(identity_of(uid, gid)); }
+
+std::string user_name(uid_t uid) {
+  const Identity who = identity_of(uid, 0);
+  return who.name.empty() ? std::to_string(uid) : who.name;
+}
+
+std::string owner_name(const std::string& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 ? user_name(status.st_uid) : "";
+}
 
 }  // namespace toplist::ctl

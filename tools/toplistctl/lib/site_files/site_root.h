@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <filesystem>
 #include <string>
 
 #include "toplistctl/lib/diagnostics/error.h"
@@ -15,7 +16,21 @@ namespace toplist::ctl {
 /// site's root folder. Other users may name only themselves as `user`.
 Expected<void> enter_site(const std::string& directory, const std::string& user = "");
 
+/// Root becomes, for good, the first other owner of anything on the path: for what is read or
+/// written outside of sites.
+Expected<void> give_up_root(const std::filesystem::path& path);
+
+/// The same; when root has become the site's owner without being told to, a note on standard error
+/// says so, because this user may read and write other files than root.
+Expected<void> enter_site_and_say_so(const std::string& directory, const std::string& user);
+
 /// Root becomes the user with this number for good, in the groups that the system lists for it.
 Expected<void> act_as(uid_t uid, gid_t gid);
+
+/// The user's name, or its number when the system has no name for it.
+std::string user_name(uid_t uid);
+
+/// The name of the owner of a file or folder; empty when there is none.
+std::string owner_name(const std::string& path);
 
 }  // namespace toplist::ctl
