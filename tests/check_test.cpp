@@ -19,7 +19,6 @@
 #include "support/site.h"
 #include "support/text_cases.h"
 #include "toplistctl/commands/check/selection.h"
-#include "toplistctl/commands/show/show.h"
 #include "toplistctl/lib/diagnostics/kinds.h"
 #include "toplistctl/lib/diagnostics/report.h"
 #include "toplistctl/lib/formats/log_lines.h"
@@ -338,48 +337,6 @@ TEST(Diagnostics, AreWrittenForPeopleEditorsAndPrograms) {
             "    \"file\": \"d/a\\u001b\",\n    \"line\": 3,\n    \"column\": 14,\n"
             "    \"message\": \"bad \xEF\xBF\xBD\",\n    \"advice\": \"Do this.\"\n"
             "  }\n]\n");
-}
-
-TEST(Show, ToplistsTellWhatDropsTrades) {
-  const CleanSite site;
-  site.add_toplist("few", "%%tid_000%% %%tid_001%% %%tid_004%% %%tid_004%%\n", "99");
-  site.add_setting("few", "group=g");
-  site.add_setting("few", "skipdomains=t01.example");
-  site.add_setting("few", "rin60=100");
-  site.write("d/gr/g", site::encode_group("g", std::array{101, 102, 103, 104}));
-  apply_edit(site, "define 1 0 x.html");
-  const InSite in_site(site);
-  EXPECT_EQ(
-      show_toplists(SiteView(), Format::table),
-      "RECORD  TEMPLATE      PAGE      ORDER BY    BUILT                           PASSING  "
-      "PLACES  SHOWN  DROPPED BY\n"
-      "     1  d/tl/top.tpl  top.html  1           yes                                  12  "
-      "     2      2\n"
-      "     2  d/tl/few.tpl  few.html  99 (as 16)  yes                                   2  "
-      "     3      2  group 8, rin60 1, skipdomains 1\n"
-      "     3  d/tl/x.tpl    x.html    1           skipped: its build mode is \"0\"       12  "
-      "     0      0\n");
-}
-
-TEST(Show, LogIsDecoded) {
-  const std::string log =
-      "|200612312359|toplist|1|d&#47;h&#47;a&#39;b.his|0||||\n"
-      "|200701010000|other|7|x&#59;|y|1|&#60;|||\n"
-      "no line of a log\n";
-  EXPECT_EQ(log_records(read_log(log)).text(Format::table),
-            "TIME              PROGRAM  EVENT        SUBJECT           OUTCOME  DETAIL\n"
-            "2006-12-31 23:59  toplist  cannot open  d/h/a'b.his       went on\n"
-            "2007-01-01 00:00  other    code 7       x;|y              gave up  <\n"
-            "                                        no line of a log\n");
-}
-
-TEST(Show, TradesStandAsInTheDatabase) {
-  const Site site({{.id = -7, .domain = "a.example"}, {.id = 12, .domain = "b", .status = 2}});
-  const InSite in_site(site);
-  EXPECT_EQ(show_trades(SiteView(), Format::table),
-            "RECORD  ID  STATUS  ACTIVE  DOMAIN     URL\n"
-            "     1  -7       1  yes     a.example  http://a.example/\n"
-            "     2  12       2  no      b          http://b/\n");
 }
 
 TEST(Digest, OnlyTheCheckValuesOfTheTemplateChange) {

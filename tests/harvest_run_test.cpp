@@ -214,17 +214,6 @@ TEST(HarvestRun, TradesThatWouldLeaveTheirPlaceGetNothing) {
   }
 }
 
-TEST(HarvestRun, ADomainMayNameAFolderInsideOfTheThumbnailsOwn) {
-  const HarvestSite site(Visits{{"a/b", "http://h1.e/"}, {"none/b", "http://h2.e/"}});
-  site.serve_partner("h1.e");
-  site.serve_partner("h2.e");
-  site.make_dir("l/thumbs/a");
-  EXPECT_EQ(site.harvest(), RunResult{});
-  EXPECT_EQ(site.listing("l/thumbs"), (Files{{"a", "(directory)"}, {"a/b.jpg", kPicture}}));
-  EXPECT_EQ(lines_of(site.read("tool.log")),
-            lines_of(tool_line("h1.e", "a/b") + tool_line("h2.e", "none/b")));
-}
-
 TEST(TradeHarvest, StoresNothingOutsideOfTheThumbnailFolder) {
   const struct {
     const char *folder, *domain, *path;
@@ -288,13 +277,10 @@ TEST(HarvestRun, TheConfigurationDecidesWhatIsFetched) {
     const char* configuration;
     std::size_t fetches;  ///< of the page, and of the picture
   } cases[] = {
-      {"l/thumbs/\ntool\n\n\n2\n1\n24", 2},
-      {"l/thumbs/\ntool\n\n\n2\n1\n25\n", 0},
-      {"l/thumbs/\ntool\n\n\n2\n", 0},
-      {"l/thumbs/\ntool\n\n\n4\n1\n1\n", 0},
-      {"l/thumbs/\ntool\n\n\n02\n1\n1\n", 0},
-      {"l/thumbs/\ntool\n\n\n2\r\n1\n1\n", 0},
-      {"l/thumbs/\ntool\n\n\n2\n1\n1\nmore\n", 1},
+      {"l/thumbs/\ntool\n\n\n2\n1\n24", 2},    {"l/thumbs/\ntool\n\n\n2\n1\n 1x\n", 2},
+      {"l/thumbs/\ntool\n\n\n2\n1\n25\n", 0},  {"l/thumbs/\ntool\n\n\n2\n", 0},
+      {"l/thumbs/\ntool\n\n\n4\n1\n1\n", 0},   {"l/thumbs/\ntool\n\n\n02\n1\n1\n", 0},
+      {"l/thumbs/\ntool\n\n\n2\r\n1\n1\n", 0}, {"l/thumbs/\ntool\n\n\n2\n1\n1\nmore\n", 1},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.configuration);
@@ -543,9 +529,13 @@ TEST(HarvestRun, CommandsHaveTheCallersLimitAndTheStandardDescriptorsOnly) {
 TEST(HarvestThreads, LeaveTheLimitOfDescriptorsAsItWas) {
   rlimit before{}, after{};
   ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+  const rlim_t former = std::exchange(before.rlim_cur, before.rlim_max - 1);
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
   harvest_thumbnails({});
   ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &after), 0);
   EXPECT_EQ(after.rlim_cur, before.rlim_cur);
+  before.rlim_cur = former;
+  ::setrlimit(RLIMIT_NOFILE, &before);
 }
 
 TEST(HarvestWorker, WithoutAFetchMethodAsksNobody) {

@@ -21,30 +21,6 @@
 namespace toplist {
 namespace {
 
-TEST(HarvestConfig, IsPaddedAndReadByLine) {
-  const struct {
-    const char *text, *padding, *thumb_dir;
-    bool thumbnails_required, harvest;
-  } cases[] = {
-      {"", "0", "0", true, false},  // a short file requires thumbnails
-      {"t/\nconvert\n\n\n0\n", "0", "t/", true, false},
-      {"t/\nconvert\n\n\n0\n", "", "t/", false, false},
-      {"t/\n2\n3\n4\n5\n0\n1\n", "0", "t/", true, true},
-      {"t/\r\n2\n3\n4\n5\n0\r\n24", "0", "t/\r", false, true},
-      {"t/\n2\n3\n4\n5\n00\n 7x\nmore\n", "0", "t/", false, true},
-      {"t/\n2\n3\n4\n5\n\n0\n", "0", "t/", false, false},
-      {"t/\n2\n3\n4\n5\n1\n25\n", "0", "t/", false, false},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    const HarvestConfig config = parse_harvest_config(c.text, c.padding);
-    EXPECT_GE(config.lines.size(), 7U);
-    EXPECT_EQ(config.thumb_dir(), c.thumb_dir);
-    EXPECT_EQ(config.thumbnails_required(), c.thumbnails_required);
-    EXPECT_EQ(config.harvest_enabled(), c.harvest);
-  }
-}
-
 TEST(Link, HostOfAnAddress) {
   const struct {
     const char *url, *host;
@@ -234,24 +210,6 @@ TEST(PictureSearch, TheHeadEndsWithTheFirstEmptyLine) {
     std::string response = c.response;
     remove_response_head(response);
     EXPECT_EQ(response, c.body);
-  }
-}
-
-HarvestConfig config_of(const char* lines) { return parse_harvest_config(lines, ""); }
-
-TEST(ImageTool, TheCommandIsByteForByteTheDocumentedOne) {
-  const struct {
-    const char *config, *command;
-  } cases[] = {
-      {"l/thumbs/\n/usr/bin/tool -v\n-resize 80x60\n",
-       "/usr/bin/tool -v l/thumbs/h.example:8080.jpg -resize 80x60 l/thumbs/my-domain.example.jpg"},
-      {"t_\ntool $A 'b c' &&\n;x | y >z\n",  // the operator's own shell text
-       "tool $A 'b c' && t_h.example:8080.jpg ;x | y >z t_my-domain.example.jpg"},
-      {"\n\n\n", " h.example:8080.jpg  my-domain.example.jpg"},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(image_tool_command(config_of(c.config), "h.example:8080", "my-domain.example"),
-              c.command);
   }
 }
 

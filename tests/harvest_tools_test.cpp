@@ -1,11 +1,13 @@
-// What the companion command does about harvests: a root of their own, and an account of one.
+// What the companion command does about harvests: a root of their own, and a trial of one.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <string>
 #include <string_view>
@@ -13,7 +15,7 @@
 
 #include "support/site.h"
 #include "support/text_cases.h"
-#include "toplistctl/commands/try_harvest/explain.h"
+#include "toplistctl/commands/try_harvest.h"
 #include "toplistctl/lib/new_site/harvest_root.h"
 
 namespace toplist::test {
@@ -108,30 +110,30 @@ TEST(HarvestRoot, WhoWritesTheSitesLogMayDownload) {
 
 using Web = std::map<std::string, RawResponse>;  ///< by address; others are unknown hosts
 
-/// The account of a trade, a line each.
-std::string account(const Web& web, const site::HarvestFile& config, std::size_t index,
-                    std::string_view domain = "a.e") {
+/// What a trial of the trade's harvest reports.
+std::string trace(const Web& web, const site::HarvestFile& config, std::size_t index,
+                  std::string_view domain = "a.e") {
   std::vector<TradeRecord> trades(12);
   trades[index] = site::make_trade(7, domain, "http://www.a.e/in");
   std::string text;
-  const bool stored = explain_harvest(
+  const bool stored = try_harvest(
       trades, index, parse_harvest_config(site::encode_harvest_file(config), ""),
       [&web](const std::string& /*host*/, const std::string& url) {
         const auto found = web.find(url);
         return found == web.end() ? RawResponse{.failure = FetchFailure::unknown_host}
                                   : found->second;
       },
-      [&text](const std::string& line) { text += line + '\n'; });
+      [&text](const std::string& lines) { text += lines; });
   EXPECT_EQ(stored, text.find("taken: a run stores") != std::string::npos);
   return text;
 }
 
-TEST(Explain, TellsWhyEachPictureIsRefusedOrTaken) {
+TEST(TryHarvest, ReportsWhyEachPictureIsRefusedOrTaken) {
   const auto response = [](const std::string& body) {
     return RawResponse{"HTTP/1.1 200 OK\r\n\r\n" + body};
   };
   const std::string padding(2100, 'p');
-  for (TextCase& c : read_text_cases("explain_cases.txt")) {
+  for (TextCase& c : read_text_cases("try_harvest_cases.txt")) {
     const Web web = {
         {"http://www.a.e/in", response(c.texts["page"])},
         {"http://a.e/small12345", response("small")},
@@ -139,38 +141,37 @@ TEST(Explain, TellsWhyEachPictureIsRefusedOrTaken) {
         {"http://a.e/html12345", response(padding + "<html>")},
         {"http://a.e/kept12345", response(padding)},
     };
-    EXPECT_EQ(account(web, {.image_tool = "tool", .image_tool_args = "x", .harvest = "1"}, 11),
-              c.texts["account"]);
+    EXPECT_EQ(trace(web, {.image_tool = "tool", .image_tool_args = "x", .harvest = "1"}, 11),
+              c.texts["report"]);
   }
 }
 
-TEST(Explain, TellsWhatKeepsARunFromTryingAtAll) {
-  EXPECT_EQ(account({}, {.fetch_method = "9", .harvest = "1"}, 11),
-            "Line 5 of the configuration is no fetch method: nothing is fetched.\n");
-  EXPECT_EQ(account({}, {}, 3),
-            "Record 4 is one of the first 11, which no run visits. If one did:\n"
-            "Line 7 of the configuration switches the harvest off. If it were on:\n"
-            "Page: http://www.a.e/in\n"
-            "  nothing came: the host is not known\n"
-            "End: no further link is in the page.\n");
-  EXPECT_EQ(account({}, {.harvest = "1\nan eighth"}, 11),
-            "Page: http://www.a.e/in\n"
-            "  nothing came: the host is not known\n"
-            "The configuration has more than 7 lines: a run stores nothing.\n");
+TEST(TryHarvest, ReportsWhatKeepsARunFromTryingAtAll) {
+  const std::string no_page =
+      "Page: http://www.a.e/in\n"
+      "  nothing came: the host is not known\n";
+  EXPECT_EQ(trace({}, {.fetch_method = "9", .harvest = "1"}, 11),
+            "Line 5 of the configuration is not a fetch method: nothing is fetched.\n");
+  EXPECT_EQ(trace({}, {}, 3),
+            "No run visits the first 11 trades. Record 4 is one of them. If a run visited it:\n"
+            "Line 7 of the configuration switches the harvest off. If it were on:\n" +
+                no_page + "End: no further link is in the page.\n");
+  EXPECT_EQ(trace({}, {.harvest = "1\nan eighth"}, 11),
+            no_page + "The configuration has more than 7 lines: a run stores nothing.\n");
   const RawResponse page{"<a href=/><img src=/12345></a>"};
   const RawResponse picture{std::string(2048, 'p')};
-  EXPECT_TRUE(account({{"http://www.a.e/in", page}, {"http://a.e/12345", picture}},
-                      {.harvest = "1"}, 11, "../a.e")
+  EXPECT_TRUE(trace({{"http://www.a.e/in", page}, {"http://a.e/12345", picture}}, {.harvest = "1"},
+                    11, "../a.e")
                   .ends_with("\n"
                              "  not stored: the trade's domain leads out of the thumbnail folder\n"
                              "End: 2048 bytes or more have come.\n"));
 }
 
-TEST(Explain, FetchesAsARunDoesAndStoresNothing) {
+TEST(TryHarvest, FetchesAsARunDoesAndStoresNothing) {
   const HarvestedSite site;
   const auto before = site.contents();
   for (const char* trade : {"t12.example", "112"}) {
-    EXPECT_EQ(site.run_ctl(std::string("harvest --explain ") + trade), 0);
+    EXPECT_EQ(site.run_ctl(std::string("try-harvest ") + trade), 0);
     EXPECT_NE(site.read("out").find("  3001 bytes by fetch\n  taken: a run stores 3001 bytes"),
               std::string::npos)
         << site.read("out");
@@ -178,9 +179,28 @@ TEST(Explain, FetchesAsARunDoesAndStoresNothing) {
     EXPECT_EQ(site.contents(), before);
   }
   site.write("bin/fetch", "#!/bin/sh\n");
-  EXPECT_EQ(site.run_ctl("harvest --explain 112"), 1);
+  EXPECT_EQ(site.run_ctl("try-harvest 112"), 1);
   EXPECT_NE(site.read("out").find("nothing came by fetch"), std::string::npos) << site.read("out");
-  EXPECT_EQ(site.run_ctl("harvest --explain none.example"), 2);
+}
+
+TEST(TryHarvest, RootDoesNotWriteThroughALinkOfTheSitesOwner) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can become the site's owner";
+  const HarvestedSite site;
+  const TempDir roots;
+  const std::string secret = roots.path() + "/file";
+  std::ofstream(secret) << "root's";
+  constexpr uid_t kOwner = 65534;
+  for (const auto& entry : fs::recursive_directory_iterator(site.path(""))) {
+    ASSERT_EQ(::chown(entry.path().c_str(), kOwner, kOwner), 0);
+  }
+  ASSERT_EQ(::chown(site.path("").c_str(), kOwner, kOwner), 0);
+  ASSERT_EQ(::chmod(roots.path().c_str(), 0755), 0);
+  fs::create_symlink(secret, site.path("l/sys/net/t12.example"));
+  fs::create_symlink(secret, site.path("l/sys/net/t12.examplethumb"));
+  EXPECT_NE(site.run_ctl("try-harvest 112"), 2) << site.read("out");
+  std::string kept;
+  std::getline(std::ifstream(secret), kept);
+  EXPECT_EQ(kept, "root's");
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <regex>
@@ -41,15 +42,16 @@ int render_all(const Site& site, const TempDir& dir) {
   return WEXITSTATUS(std::system(command.c_str()));
 }
 
-/// The accounts of all trades.
-std::vector<Account> all_accounts(const SiteView& view) {
+/// Where all trades stand.
+std::vector<TradeStanding> all_standings(const SiteView& view) {
   std::set<std::string> ids;
   for (const TradeRecord& trade : view.run.trades) ids.insert(std::to_string(trade.trade_id));
-  std::vector<Account> accounts;
+  std::vector<TradeStanding> trades;
   for (const std::string& id : ids) {
-    for (Account& account : accounts_of(view, id, "")) accounts.push_back(std::move(account));
+    auto found = standings_of(view, id, "");
+    std::move(found->begin(), found->end(), std::back_inserter(trades));
   }
-  return accounts;
+  return trades;
 }
 
 /// A run, and what was foreseen of it in the same second.
@@ -58,7 +60,7 @@ struct Try {
     {
       const InSite in_site(site);
       view = std::make_unique<SiteView>();
-      accounts = all_accounts(*view);
+      standings = all_standings(*view);
     }
     const std::time_t start = std::time(nullptr);
     status = render_all(site, rendered);
@@ -69,7 +71,7 @@ struct Try {
   RandomSite site;
   std::map<std::string, std::string> before;
   std::unique_ptr<SiteView> view;
-  std::vector<Account> accounts;
+  std::vector<TradeStanding> standings;
   TempDir rendered;
   int status = 0;  ///< of `render --all`
   RunResult result;
@@ -118,12 +120,12 @@ bool holds_page(const SiteView& view, const ToplistView& toplist) {
          });
 }
 
-/// The ids in a toplist's page as the accounts have them.
+/// The ids in a toplist's page, by their ranks.
 std::map<std::size_t, std::string> ids_told(const Try& tried, std::size_t index) {
   std::map<std::size_t, std::string> ids;
-  for (const Account& account : tried.accounts) {
-    const Standing& standing = account.toplists.at(index);
-    if (standing.is_shown()) ids[*standing.rank] = std::to_string(account.trade->trade_id);
+  for (const TradeStanding& trade : tried.standings) {
+    const Standing& standing = trade.toplists.at(index);
+    if (standing.is_shown()) ids[*standing.rank] = std::to_string(trade.trade->trade_id);
   }
   return ids;
 }

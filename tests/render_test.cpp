@@ -120,29 +120,6 @@ TEST_F(Render, NearThePassLimit) {
   EXPECT_EQ(expand("%%malformed line", ranked_, 70000).passes, 70001);
 }
 
-// Parts that neither start nor end in "%" and expand completely do so alone as within a line.
-TEST_F(Render, AMegabyteLineExpandsAsItsPartsDo) {
-  const std::string filler(40, '.');
-  std::string line, expected;
-  std::int64_t passes = 0;
-  rows_[1].domain = "a.long.domain.that.takes.more.room.than.its.tag.com";
-  const char* const parts[] = {"<%%tid_000%%>", "<%%att_001%%ab>", "<%%rin60_000%%%%rec99_001%%>",
-                               "<%%dom_001%%>", "<%%tit_002%%>",   "<%%tid_000%%%%dom_001%%>",
-                               "<%%lnk_009%%>", "<%%tit_000%%>"};
-  for (int i = 0; i < 20000; ++i) {
-    const std::string part = parts[i % 8] + filler;
-    line += part;
-    const Expansion expansion = expand(part, ranked_, passes);
-    expected += expansion.page;
-    passes = expansion.passes;
-  }
-  ASSERT_GT(line.size(), 1'000'000U);
-  EXPECT_EQ(passes, 27500);
-  const Expansion whole = expand(line, ranked_);
-  EXPECT_TRUE(whole.complete && whole.page == expected);
-  EXPECT_EQ(whole.passes, passes);
-}
-
 std::string repeat(std::string_view text, int count) {
   std::string all;
   while (count-- > 0) all += text;

@@ -331,6 +331,8 @@ TEST(Run, ThumbnailsAreRequiredWhenTheSixthLineIsZeroOrMissing) {
       {"l/thumbs/\n", with_thumbnail},
       {"", with_thumbnail},  // the first line counts as "0" too, and that directory exists
       {"no/such/\n\n\n\n\n1\n0\n", kAllIds},
+      {"no/such/\n\n\n\n\n00\n0\n", kAllIds},
+      {"no/such/\n\n\n\n\n0\r\n0\n", kAllIds},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.configuration);

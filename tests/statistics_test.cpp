@@ -15,20 +15,6 @@ namespace {
 
 using test::make_row;
 
-TEST(Statistics, BuildsARowForEachTradeOfStatusOne) {
-  std::vector<TradeRecord> trades(6);
-  const std::int32_t statuses[] = {1, 0, 2, -1, 257, 1};
-  for (std::size_t i = 0; i < 6; ++i) trades[i].status = statuses[i];
-  trades[5].trade_id = 42;
-  std::strcpy(trades[5].domain, "a.com");
-  std::strcpy(trades[5].url, "u");
-  const std::vector<TradeRow> rows = build_rows(trades);
-  ASSERT_EQ(rows.size(), 2U);
-  EXPECT_EQ(rows[0].id, "-1");
-  EXPECT_EQ(rows[1].id + ' ' + rows[1].domain + ' ' + rows[1].url, "42 a.com u");
-  EXPECT_EQ(rows[1].mark, 0);
-}
-
 TEST(Statistics, AttachesExtraColumns) {
   const struct {
     const char* text;

@@ -1,4 +1,4 @@
-// Whether a schedule is alive, and the lists that "show" writes.
+// Whether a schedule is alive.
 
 #include "toplistctl/commands/status/status.h"
 
@@ -11,11 +11,7 @@
 #include <ctime>
 #include <string>
 
-#include "support/rows.h"
 #include "support/site.h"
-#include "toplist/ranking.h"
-#include "toplistctl/commands/show/show.h"
-#include "toplistctl/lib/formats/order_names.h"
 #include "util/file.h"
 
 namespace toplist::ctl {
@@ -168,74 +164,6 @@ TEST_F(Status, MetricsNameEachPageOnceInUtf8WithItsLabelEscaped) {
                            "\ntoplist_trades_active 5\n", "\ntoplist_run_seconds 0\n"}) {
     EXPECT_NE(text.find(line), std::string::npos) << line;
   }
-}
-
-TEST(Records, AreWrittenInEachFormat) {
-  Records records({"id", "page_name", "built", "dropped"});
-  records.add({7, "a \"b\"", true, {{"rin60", 2}, {"group", 1}}});
-  records.add({-12, "c,d", false, Json()});
-  EXPECT_EQ(records.text(Format::table),
-            " ID  PAGE NAME  BUILT  DROPPED\n"
-            "  7  a \"b\"      yes    rin60 2, group 1\n"
-            "-12  c,d        no\n");
-  EXPECT_EQ(records.text(Format::csv),
-            "id,page_name,built,dropped\r\n7,\"a \"\"b\"\"\",yes,\"rin60 2, group 1\"\r\n"
-            "-12,\"c,d\",no,\r\n");
-  const Json json = Json::parse(records.text(Format::json));
-  EXPECT_EQ(json[0]["id"], 7);
-  EXPECT_EQ(json[0]["dropped"]["rin60"], 2);
-  EXPECT_EQ(json[1]["built"], false);
-}
-
-/// Makes the figure that is named larger than that of a row as it begins.
-void raise(TradeRow& row, const std::string& name, std::size_t period) {
-  if (name.starts_with("further")) {
-    row.periods[period].further[static_cast<std::size_t>(name[7] - '1')] = 1;
-    return;
-  }
-  *test::find_counter(row, name.substr(0, 5)) = 2;
-  if (name.size() > 5) *test::find_counter(row, name.substr(6)) = 1;
-}
-
-TEST(OrderNames, NameWhatARunRanksBy) {
-  for (std::size_t value = 1; value <= 60; ++value) {
-    const std::string order_by = std::to_string(value);
-    const std::string name = order_value_name(order_by);
-    EXPECT_EQ(order_value_named(name), order_by);
-    EXPECT_EQ(order_value_named(order_by), order_by);
-    TradeRow higher, lower;
-    higher.order_key = lower.order_key = order_by;
-    raise(higher, name, (value - 1) / 15);
-    EXPECT_EQ(rowBefore(higher, lower), value != 57) << name;
-    EXPECT_EQ(rowBefore(lower, higher), value == 57) << name;
-  }
-  EXPECT_EQ(order_value_name("061"), "rin24");
-  for (const char* none : {"", "0", "61", "rin", "rec24", "rin25", "further4_24"}) {
-    EXPECT_EQ(order_value_named(none), std::nullopt) << none;
-  }
-}
-
-TEST(Show, FiguresAreSortedAndCut) {
-  const Site site;
-  const InSite in_site(site);
-  SiteView view;
-  const Json list = Json::parse(
-      show_figures(view, {.period = kPeriod60, .order_by = "2", .top = 2}, Format::json));
-  ASSERT_EQ(list.size(), 2U);
-  EXPECT_EQ(list[0]["id"], 112);  // by uin60 the last one comes first
-  EXPECT_EQ(list[1]["id"], 111);
-  EXPECT_EQ(list[0]["uin"], view.run.ranking[0]->periods[kPeriod60].uin);
-  EXPECT_EQ(list[0]["clk/rin"], view.run.ranking[0]->periods[kPeriod60].percent[0]);
-}
-
-TEST(Show, LinesOfOneKindAreSummedUp) {
-  const std::string log =
-      "|200612312359|toplist|1|a|0||||\n|200701010000|toplist|1|b|0||||\n"
-      "|200701010004|toplist|1|a|0||||\n";
-  EXPECT_EQ(log_summary(read_log(log)).text(Format::csv),
-            "count,first,last,program,event,subject,outcome\r\n"
-            "2,2006-12-31 23:59,2007-01-01 00:04,toplist,cannot open,a,went on\r\n"
-            "1,2007-01-01 00:00,2007-01-01 00:00,toplist,cannot open,b,went on\r\n");
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "util/fields.h"
+#include "util/large_pages.h"
 #include "util/number.h"
 #include "util/text.h"
 #include "util/text_column.h"
@@ -67,6 +68,7 @@ ExtraColumnFields read_extra_column_fields(std::string_view text) {
 std::vector<TradeRow> build_rows(std::span<const TradeRecord> trades) {
   std::vector<TradeRow> rows;
   rows.reserve(trades.size());
+  prefer_large_pages(rows.data(), rows.capacity() * sizeof(TradeRow));
   for (const TradeRecord& trade : trades) {
     if (!is_active(trade)) continue;
     TradeRow& row = rows.emplace_back();
@@ -87,15 +89,13 @@ void attach_extra_columns(std::string_view text, std::span<TradeRow> rows) {
   for (std::size_t i = 0; i + group_size <= groups.size(); i += group_size) {
     group_domains.push_back(groups[i]);
   }
-  TextColumn domains;
-  domains.reserve(rows.size());
-  for (const TradeRow& row : rows) domains.append(row.domain);
-  domains.find_each(group_domains, TextColumn::Wanted::all_entries,
-                    [&](std::size_t group, std::size_t row) {
-                      const auto values = groups.subspan(group * group_size + 1, group_size - 1);
-                      auto& columns = rows[row].extra_columns;
-                      columns.insert(columns.end(), values.begin(), values.end());
-                    });
+  const SoughtTexts sought(group_domains);
+  for (TradeRow& row : rows) {
+    sought.find(row.domain, [&](std::size_t group) {
+      const auto values = groups.subspan(group * group_size + 1, group_size - 1);
+      row.extra_columns.insert(row.extra_columns.end(), values.begin(), values.end());
+    });
+  }
 }
 
 void add_history(std::string_view text, PeriodBlock& all_time) {
@@ -120,12 +120,13 @@ void read_recent_periods(std::string_view text, std::span<TradeRow> rows) {
     records.push_back(fields);
   }
 
-  TextColumn ids;
-  ids.reserve(rows.size());
-  for (const TradeRow& row : rows) ids.append(row.id);
-  std::vector<TradeRow*> record_rows(records.size());
-  ids.find_each(record_ids, TextColumn::Wanted::first_entry,
-                [&](std::size_t record, std::size_t row) { record_rows[record] = &rows[row]; });
+  const SoughtTexts sought(record_ids);
+  std::vector<TradeRow*> record_rows(records.size());  // of each, the first with its id
+  for (TradeRow& row : rows) {
+    sought.find(row.id, [&](std::size_t record) {
+      if (record_rows[record] == nullptr) record_rows[record] = &row;
+    });
+  }
 
   for (std::size_t i = 0; i < records.size(); ++i) {
     TradeRow* const row = record_rows[i];

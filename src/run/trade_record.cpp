@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "util/file.h"
+#include "util/large_pages.h"
 
 namespace toplist {
 namespace {
@@ -37,6 +38,7 @@ bool load_trades(const std::string& path, std::vector<TradeRecord>& trades) {
   const std::size_t size = regular_file_size(fd.get());
   trades.clear();
   trades.reserve(records_in(size));
+  prefer_large_pages(trades.data(), trades.capacity() * sizeof(TradeRecord));
   std::size_t length = 0;
   for (std::size_t left = size; left > 0; left -= length) {
     length = std::min(left, kBlockRecords * sizeof(TradeRecord));

@@ -157,14 +157,12 @@ void parse_group(std::string_view text, TextColumn& members) {
 bool mark_rows_without_thumbnail(const std::string& directory, std::span<TradeRow> rows) {
   std::vector<std::string> names;
   if (!list_directory(directory, names)) return false;
-  TextColumn pictures;
-  for (TradeRow& row : rows) {
-    pictures.append(row.domain + ".jpg");
-    row.mark = 1;
-  }
   const std::vector<std::string_view> views(names.begin(), names.end());
-  pictures.find_each(views, TextColumn::Wanted::all_entries,
-                     [&](std::size_t, std::size_t row) { rows[row].mark = 0; });
+  const SoughtTexts sought(views);
+  for (TradeRow& row : rows) {
+    row.mark = 1;
+    sought.find(row.domain + ".jpg", [&row](std::size_t) { row.mark = 0; });
+  }
   return true;
 }
 

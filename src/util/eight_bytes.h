@@ -9,6 +9,15 @@ namespace toplist {
 
 inline constexpr std::size_t kEightBytes = 8;
 
+/// Whether the eight bytes are four times a digit from 0 to 7 and the character, which must not be
+/// such a digit.
+inline bool are_digit_pairs(const char* bytes, char character) noexcept {
+  std::uint64_t word = 0;
+  std::memcpy(&word, bytes, sizeof word);
+  const std::uint64_t characters = 0x0100010001000100 * static_cast<unsigned char>(character);
+  return (word & 0xfff8fff8fff8fff8) == (characters | 0x0030003000300030);
+}
+
 /// Where a character stands among eight bytes of text, told by arithmetic on all of them at once.
 ///
 /// The bytes are one 64-bit number with the first byte lowest. `counts_` holds, byte by byte, how

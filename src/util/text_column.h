@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <span>
 #include <string>
@@ -9,37 +10,52 @@
 
 namespace toplist {
 
-/// A list of texts that is searched from the first one on, entry by entry.
-///
-/// A search reads a dense column of 32-bit hashes and looks at a text only where its hash agrees.
-/// Nothing leads into the middle of the list: there is no index to build or keep.
+inline std::uint32_t hash_of(std::string_view text) {
+  return static_cast<std::uint32_t>(std::hash<std::string_view>{}(text));
+}
+
+/// A list of texts, mostly a short one, that is searched from the first one on. A search looks at a
+/// text only where its hash agrees.
 class TextColumn {
  public:
-  void reserve(std::size_t count);
   void append(std::string_view text);
-
-  [[nodiscard]] bool empty() const noexcept { return ends_.empty(); }
-
+  [[nodiscard]] bool empty() const noexcept { return texts_.empty(); }
   [[nodiscard]] bool contains(std::string_view text) const;
 
-  enum class Wanted { all_entries, first_entry };
-  using Found = std::function<void(std::size_t text, std::size_t entry)>;
+ private:
+  std::vector<std::uint32_t> hashes_;
+  std::vector<std::string> texts_;
+};
 
-  /// Searches for many texts: calls `found(t, e)` for each pair of texts[t] and an entry e that are
-  /// equal, or only for the first entry of each text. For one text its entries come in order, and
-  /// for one entry its texts.
-  ///
-  /// One walk over the entries serves some hundred texts, and passes over an entry at once unless
-  /// one of them shares some bits of its hash: 100,000 texts find their places among as many
-  /// entries in 26 ms, where a walk for each text takes above 300.
-  void find_each(std::span<const std::string_view> texts, Wanted wanted, const Found& found) const;
+/// Texts that are all looked for in one walk over a list, from its first entry on: the walk calls
+/// find() with each entry.
+class SoughtTexts {
+ public:
+  /// `texts` must outlive this object, which views them.
+  explicit SoughtTexts(std::span<const std::string_view> texts);
+
+  /// Calls `found(t)` for each texts[t] that equals the entry, in order.
+  template <typename Found>
+  void find(std::string_view entry, Found found) const {
+    const std::uint32_t hash = hash_of(entry);
+    for (std::uint32_t t = first_[hash & mask_]; t != kNone; t = links_[t].next) {
+      if (links_[t].hash == hash && texts_[t] == entry) found(std::size_t{t});
+    }
+  }
 
  private:
-  [[nodiscard]] std::string_view entry(std::size_t i) const;
+  static constexpr std::uint32_t kNone = UINT32_MAX;
 
-  std::string bytes_;              ///< All entries, one behind another;
-  std::vector<std::size_t> ends_;  ///< entry i ends at ends_[i].
-  std::wstring hashes_;            ///< hashes_[i] is that of entry i; wchar_t has 32 bits on Linux.
+  /// Texts whose hashes share their low bits are a chain, in order.
+  struct Link {
+    std::uint32_t hash;
+    std::uint32_t next;
+  };
+
+  std::span<const std::string_view> texts_;
+  std::uint32_t mask_;
+  std::vector<std::uint32_t> first_;  ///< of the chains, by the low bits
+  std::vector<Link> links_;           ///< of each text
 };
 
 }  // namespace toplist

@@ -3,7 +3,7 @@
 # server by every method, each time of all partners in the table "trades". Expects $here, $program,
 # $tools, $scratch and $pictures.
 
-curlrc=$here/../../packaging/curlrc # as operators have it
+packaging=$here/../../packaging # what operators get
 certificate=$scratch/certificate.pem
 # shellcheck source-path=SCRIPTDIR source=servers.bash
 source "$here/servers.bash"
@@ -199,14 +199,49 @@ check_harvest() {
   check "$what: files of the site" "$files" "$(files_in "$site")"
 }
 
+# harvest_with_slow_partner METHOD: the third of 24 partners sends a byte a second. By itself wget would
+# wait for it until the run is ended, and the trades behind its group of eight would be lost.
+harvest_with_slow_partner() {
+  local site=$scratch/slow-$1 number domain url
+  lay_out_site "$site" nginx "$1"
+  rm "$site/d/t/index"
+  for number in {1..24}; do
+    domain=${networks[nginx]}.$number
+    url=http://$domain/1.html
+    [[ $number -ne 3 ]] || url=http://$domain/slow/1.html
+    add_trade "$site/d/t/index"
+  done
+  (cd "$site" && env -i PATH="$scratch/limited:$tools:/usr/bin:/bin" CURL_HOME="$scratch/limited" \
+    timeout "$run_limit" "$program" run >"$site.out" 2>"$site.err")
+}
+
+# With the limits of time of the units, but shorter.
+check_slow_partner() {
+  local method limit=4 pids=()
+  mkdir "$scratch/limited" "$scratch/nginx/www/slow"
+  cp "$scratch/nginx/www/1.html" "$scratch/nginx/www/slow/1.html"
+  sed "s/ 30 wget / $limit wget /" "$packaging/wget" >"$scratch/limited/wget"
+  chmod +x "$scratch/limited/wget"
+  sed "s/^max-time = 30$/max-time = $limit/" "$packaging/curlrc" >"$scratch/limited/.curlrc"
+  for method in 1 3; do
+    harvest_with_slow_partner "$method" &
+    pids+=($!)
+  done
+  wait "${pids[@]}" || true
+  for method in 1 3; do
+    check "thumbnails beside a slow partner, method $method" 23 "$(files_in "$scratch/slow-$method/l/thumbs" | grep -c jpg)"
+  done
+}
+
 check_harvests() {
   local server method
   offer_names
   make_certificate
   echo "ca_certificate = $certificate" >"$scratch/wgetrc"
-  cp "$curlrc" "$scratch/.curlrc"
+  cp "$packaging/curlrc" "$scratch/.curlrc"
   for server in "${!networks[@]}"; do
     start_server "$server"
     for method in 0 1 3; do check_harvest "$server" "$method"; done
   done
+  check_slow_partner
 }

@@ -16,7 +16,7 @@ fail_runs() {
 }
 
 shown_lines() {
-  "$companion" show log --site "$1" --csv | tail -n +2 | wc -l
+  "$companion" show log --site "$1" | tail -n +2 | wc -l
 }
 
 check_log_rotation() {

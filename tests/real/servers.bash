@@ -2,8 +2,8 @@
 # Web servers as Debian configures them. Each function takes a folder and addresses and becomes the
 # server, in the foreground; "www" in the folder is the site, all else that it writes is there as well.
 # Changed in the configuration are where it listens, where its files are, and what TLS takes: the
-# folders "/secure/" and "/misnamed/" move to https, as whole sites do today. Expects $certificate, a
-# file that holds a certificate and its key.
+# folders "/secure/" and "/misnamed/" move to https, as whole sites do today, and nginx sends what is
+# below "/slow/" a byte a second. Expects $certificate, a file that holds a certificate and its key.
 
 moved_folders='^/(secure|misnamed)/'
 
@@ -17,6 +17,7 @@ become_nginx() {
     printf 'listen %s:80 default_server;\n' "$@"
     printf 'listen %s:443 ssl;\n' "$@"
     echo "ssl_certificate $certificate; ssl_certificate_key $certificate;"
+    echo 'location /slow/ { limit_rate 1; }'
     echo "if (\$scheme = http) { rewrite $moved_folders https://\$host\$request_uri permanent; }"
   } >"$folder/conf/listen.conf"
   sed -e '/^\tlisten \[::\]:80/d; '"s#^\tlisten 80 .*#include $folder/conf/listen.conf;#" \

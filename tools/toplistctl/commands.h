@@ -1,7 +1,5 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include "toplistctl/lib/command_line/command_line.h"
 
 /// The commands of toplistctl. Each function adds one command to the program.
@@ -14,13 +12,13 @@ void add_check_command(const Command& program);
 void add_status_command(const Command& program);
 
 /// show trades|figures|toplists|log: what a site holds.
-void add_show_command(CLI::App& app, int& exit_status);
+void add_show_command(const Command& program);
 
 /// render TEMPLATE: the page that a run would write now; or all of them.
 void add_render_command(CLI::App& app, int& exit_status);
 
 /// why TRADE: where a trade stands in each toplist, or everything that keeps it out.
-void add_why_command(CLI::App& app, int& exit_status);
+void add_why_command(const Command& program);
 
 /// digest TEMPLATE...: the check values of templates.
 void add_digest_command(CLI::App& app, int& exit_status);
@@ -40,12 +38,12 @@ void add_sample_command(const Command& program);
 /// init DIR: creates an empty site, or a root that harvests for another.
 void add_init_command(const Command& program);
 
-/// harvest --explain TRADE: what a harvest makes of a trade.
-void add_harvest_command(CLI::App& app, int& exit_status);
+/// try-harvest TRADE: what a harvest makes of a trade's page and pictures.
+void add_try_harvest_command(const Command& program);
 
-/// complete -- WORDS: what a shell may offer for the last of them; not shown in the help. The first
-/// line is what the shell itself is to offer ("directory", "file", "user") or empty, every further
-/// one is a word.
+/// complete -- WORDS: what the last of them may become, for the shell; not shown in the help. The
+/// first line names what the shell completes itself ("directory", "file", "user") or is empty. Each
+/// further line is a word.
 void add_complete_command(const Command& program);
 
 }  // namespace toplist::ctl

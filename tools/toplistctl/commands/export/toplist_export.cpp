@@ -29,8 +29,8 @@ std::string export_toplist(const ToplistView& toplist, Format format) {
   Records records(std::move(names));
   std::size_t rank = 0;
   for (const TradeRow* row : toplist.passing) {
-    std::vector<Json> values{rank++, parse_int32(row->id), row->domain, row->url,
-                             order_figure(*row, toplist.definition->order_by)};
+    List values{rank++, parse_int32(row->id), row->domain, row->url,
+                order_figure(*row, toplist.definition->order_by)};
     values.insert(values.end(), row->extra_columns.begin(),
                   row->extra_columns.begin() +
                       static_cast<std::ptrdiff_t>(std::min(width, row->extra_columns.size())));

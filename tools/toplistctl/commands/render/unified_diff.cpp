@@ -10,7 +10,7 @@
 #include <system_error>
 #include <vector>
 
-#include "toplistctl/lib/output/printable.h"
+#include "toplistctl/lib/output/console.h"
 #include "util/file.h"
 #include "util/uninterrupted.h"
 

@@ -17,24 +17,18 @@ void add_version_flag(CLI::App& app, const std::string& version) {
   for (CLI::App* command : app.get_subcommands({})) add_version_flag(*command, version);
 }
 
-/// CLI11 reports what is missing or excluded, but not the mistyped word that is the cause.
-int fail_for_words(const CLI::App& app, const CLI::ParseError& error) {
-  const std::vector<std::string> unknown = app.remaining(true);
-  if (unknown.empty()) return fail(fmt::format("{}; see --help", error.what()));
-  return fail(fmt::format("there is no command or option \"{}\"; see --help", unknown.front()));
-}
-
 int parse(CLI::App& app, int argc, char** argv) {
   try {
     app.parse(argc, argv);
-  } catch (const CLI::RequiredError& error) {
-    return fail_for_words(app, error);
-  } catch (const CLI::ExcludesError& error) {
-    return fail_for_words(app, error);
+    return 0;
+  } catch (const CLI::Success& help_or_version) {
+    return app.exit(help_or_version);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : kExitTrouble;  // 0: help or version
+    // A mistyped word often is the cause of what the library reports as missing.
+    const std::vector<std::string> unknown = app.remaining(true);
+    if (unknown.empty()) return fail(fmt::format("{}; see --help", error.what()));
+    return fail(fmt::format("there is no command or option \"{}\"; see --help", unknown.front()));
   }
-  return 0;
 }
 
 }  // namespace

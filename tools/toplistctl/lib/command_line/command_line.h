@@ -35,7 +35,7 @@ class Option {
 ///
 /// Values must live until the command line is parsed and its action has run; hold them by a
 /// shared_ptr that the action captures. `type` is what the help calls the value, such as "FILE";
-/// the shell completes by it, see values.h.
+/// the shell completes by it, see commands/complete.cpp.
 class Command {
  public:
   /// What a command does when its line is parsed: the exit status, or why there is none.

@@ -1,21 +1,16 @@
 #include "toplistctl/lib/command_line/completion.h"
 
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <string_view>
 #include <utility>
-
-#include "toplistctl/lib/command_line/values.h"
 
 namespace toplist::ctl {
 namespace {
 
 /// What the words before the last one have led to.
-struct Place {
+struct Position {
   const CLI::App* command;
-  const CLI::Option* awaiting = nullptr;  ///< whose value comes next
+  const CLI::Option* awaiting = nullptr;  ///< the option whose value comes next
   std::size_t arguments = 0;              ///< of the command, without options and their values
   std::string site = ".";
 };
@@ -31,27 +26,27 @@ const CLI::App* command_named(const CLI::App& parent, const std::string& name) {
   return nullptr;
 }
 
-void pass(const std::string& word, Place& place) {
-  if (place.awaiting != nullptr) {
-    if (place.awaiting->check_lname("site")) place.site = word;
-    place.awaiting = nullptr;
+void pass(const std::string& word, Position& position) {
+  if (position.awaiting != nullptr) {
+    if (position.awaiting->check_lname("site")) position.site = word;
+    position.awaiting = nullptr;
   } else if (word.starts_with('-')) {
-    const CLI::Option* option = place.command->get_option_no_throw(word);
+    const CLI::Option* option = position.command->get_option_no_throw(word);
     const bool takes_value = option != nullptr && option->get_items_expected_max() > 0;
-    if (takes_value) place.awaiting = option;
-  } else if (const CLI::App* command = command_named(*place.command, word)) {
-    place.command = command;
+    if (takes_value) position.awaiting = option;
+  } else if (const CLI::App* command = command_named(*position.command, word)) {
+    position.command = command;
   } else {
-    ++place.arguments;
+    ++position.arguments;
   }
 }
 
-/// The argument whose turn it is; nullptr when the command takes no more.
-const CLI::Option* argument_at(const Place& place) {
-  const auto arguments = place.command->get_options(
+/// The argument whose turn it is; nullptr if the command takes no more.
+const CLI::Option* argument_at(const Position& position) {
+  const auto arguments = position.command->get_options(
       [](const CLI::Option* option) { return option->get_positional(); });
   if (arguments.empty()) return nullptr;
-  if (place.arguments < arguments.size()) return arguments[place.arguments];
+  if (position.arguments < arguments.size()) return arguments[position.arguments];
   const bool repeats = arguments.back()->get_items_expected_max() > 1;
   return repeats ? arguments.back() : nullptr;
 }
@@ -70,49 +65,39 @@ std::vector<std::string> option_names(const CLI::App& command) {
   return names;
 }
 
-/// Behind the type's name the help may list the choices: "TEXT:{first,second}".
-std::vector<std::string> listed_choices(std::string_view type) {
-  const std::size_t open = type.find(":{");
-  if (open == std::string_view::npos || !type.ends_with('}')) return {};
-  return CLI::detail::split(std::string(type.substr(open + 2, type.size() - open - 3)), ',');
-}
-
-Completion values_of(const CLI::Option& option) {
+/// After the type's name the help may list the choices: "PERIOD:{60,24,07,99}".
+void add_value(const CLI::Option& option, AwaitedWord& awaited) {
   const std::string type = option.get_type_name();
-  const ValueType* known = value_type_named(type.substr(0, type.find(':')));
-  if (known == nullptr) return {"", listed_choices(type)};
-  return {std::string(known->action),
-          known->words == nullptr ? std::vector<std::string>() : known->words()};
-}
-
-Completion choices_at(const Place& place, bool is_option) {
-  if (place.awaiting != nullptr) return values_of(*place.awaiting);
-  if (is_option) return {"", option_names(*place.command)};
-  if (auto commands = command_names(*place.command); !commands.empty()) {
-    if (place.arguments > 0) commands.clear();  // behind a word that is none of them
-    return {"", std::move(commands)};
-  }
-  const CLI::Option* argument = argument_at(place);
-  return argument != nullptr ? values_of(*argument) : Completion{"", option_names(*place.command)};
+  const std::size_t open = type.find(":{");
+  awaited.type = type.substr(0, type.find(':'));
+  if (open == std::string::npos || !type.ends_with('}')) return;
+  awaited.words = CLI::detail::split(type.substr(open + 2, type.size() - open - 3), ',');
 }
 
 }  // namespace
 
-Completion complete(const CLI::App& app, std::vector<std::string> line) {
+AwaitedWord awaited_word(const Command& program, std::vector<std::string> line) {
   if (line.empty() || line.back() == "=") line.emplace_back();
   std::erase(line, "=");
-  const std::string word = line.back();
+  AwaitedWord awaited{.typed = std::move(line.back()), .words = {}};
   line.pop_back();
 
-  Place place{.command = &app};
-  for (const std::string& before : line) pass(before, place);
-  if (::chdir(place.site.c_str()) != 0) return {};
-
-  Completion completion = choices_at(place, word.starts_with('-'));
-  std::erase_if(completion.words, [&word](const std::string& choice) {
-    return choice.empty() || !choice.starts_with(word);
-  });
-  return completion;
+  Position position{.command = program.app()};
+  for (const std::string& word : line) pass(word, position);
+  awaited.site = position.site;
+  const std::vector<std::string> commands = command_names(*position.command);
+  if (position.awaiting != nullptr) {
+    add_value(*position.awaiting, awaited);
+  } else if (awaited.typed.starts_with('-')) {
+    awaited.words = option_names(*position.command);
+  } else if (!commands.empty()) {
+    if (position.arguments == 0) awaited.words = commands;  // else after an unknown word
+  } else if (const CLI::Option* argument = argument_at(position)) {
+    add_value(*argument, awaited);
+  } else {
+    awaited.words = option_names(*position.command);
+  }
+  return awaited;
 }
 
 }  // namespace toplist::ctl

@@ -3,22 +3,21 @@
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}  // namespace CLI
+#include "toplistctl/lib/command_line/command_line.h"
 
 namespace toplist::ctl {
 
-/// What a shell may offer for the last word of a command line.
-struct Completion {
-  std::string action;              ///< "directory", "file" or "user": the shell's own; else empty
-  std::vector<std::string> words;  ///< that begin as the last word does
+/// What may come as the last word of a command line.
+struct AwaitedWord {
+  std::string typed;               ///< of the word, so far
+  std::string site = ".";          ///< that --site names on the line
+  std::string type = {};           ///< of the value, such as "TRADE"; empty for a name
+  std::vector<std::string> words;  ///< the commands, the options, or the words the value may be
 };
 
-/// Asks the tree of commands and options below `app`. `line` is what stands behind the program's
-/// name, up to and with the word to be completed, which may be empty. A "=" may be a word of its
-/// own, as bash tells them. Reads the site that --site names on the line, which becomes the working
-/// directory.
-Completion complete(const CLI::App& app, std::vector<std::string> line);
+/// Finds what comes last on `line` in the program's tree of commands and options. `line` is what
+/// follows the program's name, including the word to complete, which may be empty. A "=" may be a
+/// word of its own, because bash splits words there.
+AwaitedWord awaited_word(const Command& program, std::vector<std::string> line);
 
 }  // namespace toplist::ctl

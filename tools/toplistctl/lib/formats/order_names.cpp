@@ -1,29 +1,34 @@
 #include "toplistctl/lib/formats/order_names.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 
+#include "run/counters.h"
 #include "toplist/ranking.h"
 #include "util/number.h"
 
 namespace toplist::ctl {
 namespace {
 
-/// "clk/rin" of "24" is "clk24/rin24", "further1" is "further1_24".
-std::string name_of(std::string_view kind, std::string_view period) {
-  std::string name(kind);
-  if (kind.starts_with("further")) return name.append("_").append(period);
-  if (const std::size_t slash = name.find('/'); slash != std::string::npos) {
-    name.insert(slash, period);
-  }
-  return name.append(period);
-}
+constexpr std::size_t kFallback = 16;  ///< what a run ranks by if it does not know the value
 
-std::string name_of_value(std::size_t value) {
-  return name_of(kOrderKinds[(value - 1) % kOrderKinds.size()],
-                 kPeriodNames[(value - 1) / kOrderKinds.size()]);
+std::string name_of(std::size_t value) {
+  const std::string_view kind = kOrderKinds[(value - 1) % kOrderKinds.size()].name;
+  const std::string_view period = kPeriodNames[(value - 1) / kOrderKinds.size()];
+  if (kind.starts_with("further")) return fmt::format("{}_{}", kind, period);
+  const std::size_t slash = kind.find('/');
+  if (slash == std::string_view::npos) return fmt::format("{}{}", kind, period);
+  return fmt::format("{}{}{}{}", kind.substr(0, slash), period, kind.substr(slash), period);
 }
 
 }  // namespace
+
+std::vector<std::string> order_value_names() {
+  std::vector<std::string> names(kPeriodNames.size() * kOrderKinds.size());
+  std::generate(names.begin(), names.end(), [value = 0U]() mutable { return name_of(++value); });
+  return names;
+}
 
 std::optional<std::string> order_value_named(std::string_view text) {
   if (is_order_value(text)) return std::string(text);
@@ -33,17 +38,9 @@ std::optional<std::string> order_value_named(std::string_view text) {
   return std::to_string(at - names.begin() + 1);
 }
 
-std::vector<std::string> order_value_names() {
-  std::vector<std::string> names;
-  for (std::size_t value = 1; value <= kPeriodNames.size() * kOrderKinds.size(); ++value) {
-    names.push_back(name_of_value(value));
-  }
-  return names;
-}
-
 std::string order_value_name(std::string_view order_by) {
-  return is_order_value(order_by) ? name_of_value(static_cast<std::size_t>(parse_int32(order_by)))
-                                  : name_of(kOrderKinds[0], kPeriodNames[kPeriod24]);
+  return name_of(is_order_value(order_by) ? static_cast<std::size_t>(parse_int32(order_by))
+                                          : kFallback);
 }
 
 }  // namespace toplist::ctl

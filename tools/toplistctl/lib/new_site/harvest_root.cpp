@@ -8,7 +8,6 @@
 #include <array>
 #include <cerrno>
 #include <filesystem>
-#include <vector>
 
 #include "harvest/trade_harvest.h"
 #include "run/statistics.h"
@@ -27,42 +26,18 @@ constexpr const char* kSiteLink = "site";
 constexpr const char* kTradesFolder = "d/t";
 constexpr std::array kShared = {kTradesFolder, "d/h", kExtraColumnsPath, kLogPath};
 
-/// Gives root the rights of the owner of a folder while it lives. Otherwise a link in the folder
-/// could show its owner a file that only root may read.
-class RightsOfOwner {
- public:
-  explicit RightsOfOwner(const struct stat& folder) : groups_(64) {
-    if (!is_root_) return;
-    const int count = ::getgroups(static_cast<int>(groups_.size()), groups_.data());
-    groups_.resize(count < 0 ? 0 : static_cast<std::size_t>(count));
-    taken_ = ::setgroups(1, &folder.st_gid) == 0 && ::setegid(folder.st_gid) == 0 &&
-             ::seteuid(folder.st_uid) == 0;
+/// Reads the site, in the case of root with the rights of its owner. Otherwise a link in the site
+/// could show its owner a file that only root may read. Root does not take back its groups.
+template <typename Read>
+Expected<NewSite> as_owner(const struct stat& site, const Read& read) {
+  const bool is_root = ::geteuid() == 0;
+  if (is_root && (::setgroups(1, &site.st_gid) != 0 || ::setegid(site.st_gid) != 0 ||
+                  ::seteuid(site.st_uid) != 0)) {
+    return failure("cannot act as the owner of the site");
   }
-  RightsOfOwner(const RightsOfOwner&) = delete;
-  RightsOfOwner& operator=(const RightsOfOwner&) = delete;
-  ~RightsOfOwner() {
-    if (!is_root_) return;
-    (void)!::seteuid(0);
-    (void)!::setegid(group_);
-    (void)!::setgroups(groups_.size(), groups_.data());
-  }
-
-  [[nodiscard]] bool taken() const { return taken_; }
-
- private:
-  bool is_root_ = ::geteuid() == 0;
-  gid_t group_ = ::getegid();
-  std::vector<gid_t> groups_;
-  bool taken_ = true;
-};
-
-Error cannot_share(const std::string& prefix) {
-  return {fmt::format("thumbnails under \"{}\" cannot be shared: line 1 of the site's {} must name "
-                      "a folder below the site's root, or an absolute path",
-                      prefix, kHarvestConfigPath),
-          {},
-          0,
-          {}};
+  Expected<NewSite> result = read();
+  if (is_root && ::seteuid(0) != 0) return failure("cannot act as root again");
+  return result;
 }
 
 /// The folder of a thumbnail prefix below the site's root; empty if the prefix is absolute.
@@ -70,7 +45,11 @@ Expected<fs::path> shared_thumbnail_folder(const fs::path& prefix) {
   if (prefix.is_absolute()) return fs::path();
   fs::path folder = prefix.parent_path().lexically_normal();
   if (folder.empty() || folder == "." || *folder.begin() == "..") {
-    return tl::unexpected(cannot_share(prefix.string()));
+    return failure(
+        fmt::format("thumbnails under \"{}\" cannot be shared: line 1 of the site's {} must name a "
+                    "folder below "
+                    "the site's root, or an absolute path",
+                    prefix.string(), kHarvestConfigPath));
   }
   return folder;
 }
@@ -124,15 +103,12 @@ Expected<HarvestedSite> create_harvest_root(const std::string& site, const std::
   struct stat status {};
   if (error) return system_error("cannot open", site, error.value());
   if (::stat(harvested.path.c_str(), &status) != 0) return system_error("cannot open", site, errno);
-  Expected<NewSite> planned;
-  {
-    const RightsOfOwner rights(status);
-    if (!rights.taken()) return failure(fmt::format("cannot act as the owner of {}", site));
-    planned = read_file(harvested.path / kHarvestConfigPath).and_then([&](const std::string& text) {
+  auto planned = as_owner(status, [&] {
+    return read_file(harvested.path / kHarvestConfigPath).and_then([&](const std::string& text) {
       harvested.config = parse_harvest_config(text, "");
       return root_for(harvested);
     });
-  }
+  });
   if (!planned) return tl::unexpected(planned.error());
   planned->owner = {status.st_uid, status.st_gid};
   return create_site(root, *planned).map([&] { return harvested; });

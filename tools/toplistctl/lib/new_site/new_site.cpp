@@ -43,14 +43,9 @@ Expected<std::string> expand(const std::string& source, const NewSite& site) {
   return failure(fmt::format("{}: {}", source, expansion.errors.front().message));
 }
 
-// --- where a site is created ---
-
-tl::unexpected<Error> cannot_create(const fs::path& path, int code) {
-  return tl::unexpected(Error{"cannot create", path.string(), code, "Nothing was created"});
-}
-
-tl::unexpected<Error> refusal(const fs::path& directory, const char* reason) {
-  return failure(fmt::format("{} {}. Nothing was created", directory.string(), reason));
+tl::unexpected<Error> cannot_create(const fs::path& path, int code, std::string advice = "") {
+  return tl::unexpected(
+      Error{"cannot create", path.string(), code, std::move(advice) + "Nothing was created"});
 }
 
 /// Root becomes the first other owner of anything on the path.
@@ -63,168 +58,140 @@ Expected<void> give_up_root(const fs::path& path) {
     if (::geteuid() != 0 || ::lstat(way.c_str(), &link) != 0) return {};
     if (::stat(way.c_str(), &folder) != 0) folder = link;
     const struct stat& owned = link.st_uid != 0 ? link : folder;
-    if (owned.st_uid == 0) continue;
-    return act_as(owned.st_uid, owned.st_gid);
+    if (owned.st_uid != 0) return act_as(owned.st_uid, owned.st_gid);
   }
   return {};
 }
 
-/// Where the new folder is to be.
-struct Target {
-  fs::path path;
-  UniqueFd parent;
-  UniqueFd existing;  ///< the empty folder, if there is one
-};
-
-Expected<Target> open_target(const fs::path& path) {
-  Target target;
-  target.path = path;
-  const fs::path parent = path.parent_path();
-  target.parent = UniqueFd(::open(parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (!target.parent) return cannot_create(path, errno);
-  const std::string name = path.filename().string();
+/// Opens a folder of the caller's. A link is not followed: whoever may rename things in `parent`
+/// could have put one there.
+UniqueFd open_own_folder(int parent, const std::string& name) {
+  UniqueFd folder(::openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   struct stat status {};
-  if (::fstatat(target.parent.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
-    if (errno != ENOENT) return cannot_create(path, errno);
-    return target;
-  }
-  if (S_ISLNK(status.st_mode)) return refusal(path, "is a symbolic link");
-  if (!S_ISDIR(status.st_mode)) return refusal(path, "is not a folder");
-  if (status.st_uid != ::geteuid()) return refusal(path, "belongs to another user");
-  constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-  target.existing = UniqueFd(::openat(target.parent.get(), name.c_str(), kFlags));
-  if (!target.existing) return cannot_create(path, errno);
-  std::error_code error;
-  const bool empty = fs::is_empty(path, error);
-  if (error) return cannot_create(path, error.value());
-  if (!empty) return refusal(path, "is not empty");
-  return target;
+  if (!folder || ::fstat(folder.get(), &status) != 0) return UniqueFd();
+  if (status.st_uid == ::geteuid()) return folder;
+  errno = EPERM;
+  return UniqueFd();
 }
 
-/// The private folder in which a site is built. Whatever was not put in place goes with it.
+/// A private folder in the target, in which a site is built. What is not put in place goes with it.
 class Draft {
  public:
-  explicit Draft(const Target& target)
-      : target_(target),
-        base_(target.existing ? target.existing.get() : target.parent.get()),
-        name_(fmt::format("{}.new-{}", target.existing ? "" : target.path.filename().string(),
-                          ::getpid())) {}
+  explicit Draft(fs::path target)
+      : target_(std::move(target)), name_(fmt::format(".new-{}", ::getpid())) {}
   Draft(const Draft&) = delete;
   Draft& operator=(const Draft&) = delete;
   ~Draft() {
     for (auto path = made_.rbegin(); path != made_.rend(); ++path) {
-      if (::unlinkat(folder_.get(), path->c_str(), 0) == 0) continue;
-      ::unlinkat(folder_.get(), path->c_str(), AT_REMOVEDIR);
+      if (::unlinkat(draft_.get(), path->c_str(), 0) == 0) continue;
+      ::unlinkat(draft_.get(), path->c_str(), AT_REMOVEDIR);
     }
-    if (folder_) ::unlinkat(base_, name_.c_str(), AT_REMOVEDIR);
+    ::unlinkat(folder_.get(), name_.c_str(), AT_REMOVEDIR);
+    // Fails unless it is empty.
+    if (is_new_) ::unlinkat(parent_.get(), target_.filename().c_str(), AT_REMOVEDIR);
+  }
+
+  Expected<void> begin() {
+    parent_ = UniqueFd(::open(target_.parent_path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!parent_) return refuse(errno);
+    is_new_ = ::mkdirat(parent_.get(), target_.filename().c_str(), kNewFolderMode) == 0;
+    if (!is_new_ && errno != EEXIST) return refuse(errno);
+    folder_ = open_own_folder(parent_.get(), target_.filename());
+    if (!folder_) return refuse(errno);
+    std::error_code error;
+    if (!fs::is_empty(target_, error)) return refuse(error ? error.value() : ENOTEMPTY);
+    if (::mkdirat(folder_.get(), name_.c_str(), 0700) != 0) return refuse(errno);
+    draft_ = open_own_folder(folder_.get(), name_);
+    if (!draft_) return refuse(errno);
+    return {};
   }
 
   Expected<void> fill(const NewSite& site) {
-    if (auto begun = begin(); !begun) return begun;
     for (const std::string& path : site.folders) make_folder(path);
     for (const auto& [path, bytes] : site.files) write(path, bytes);
     for (const auto& [path, to] : site.links) link(path, to);
-    if (site.owner && ::geteuid() == 0) give_to(*site.owner);
+    if (!error_ && site.owner && ::geteuid() == 0) give_to(*site.owner);
     for (const auto& [path, access] : site.access) allow(path, access);
+    // A full disk may show only now. This also orders the contents before the names.
+    if (!error_ && ::syncfs(draft_.get()) != 0) fail("", errno);
     if (error_) return tl::unexpected(*error_);
     return {};
   }
 
+  /// Moves what lies in the draft into the target, "d" last; back again if that fails.
   Expected<void> put_in_place() {
-    // A full disk may show only now. This also orders the contents before the names.
-    if (::syncfs(folder_.get()) != 0) return cannot_create(target_.path, errno);
-    if (target_.existing) return move_entries();
-    const mode_t mask = ::umask(0);  // it can only be read by setting it
-    ::umask(mask);
-    const std::string name = target_.path.filename().string();
-    if (::fchmod(folder_.get(), kNewFolderMode & ~mask) != 0 ||
-        ::renameat(base_, name_.c_str(), base_, name.c_str()) != 0) {
-      return cannot_create(target_.path, errno);
+    std::vector<const char*> moved;
+    for (auto path = made_.rbegin(); path != made_.rend(); ++path) {
+      if (path->find('/') != std::string::npos) continue;
+      if (::renameat(draft_.get(), path->c_str(), folder_.get(), path->c_str()) != 0) {
+        fail(*path, errno);
+        for (const char* back : moved) ::renameat(folder_.get(), back, draft_.get(), back);
+        return tl::unexpected(*error_);
+      }
+      moved.push_back(path->c_str());
     }
     made_.clear();
     return {};
   }
 
  private:
-  Expected<void> begin() {
-    if (::mkdirat(base_, name_.c_str(), 0700) != 0) return cannot_create(target_.path, errno);
-    constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-    folder_ = UniqueFd(::openat(base_, name_.c_str(), kFlags));
-    struct stat status {};
-    if (!folder_ || ::fstat(folder_.get(), &status) != 0) return cannot_create(target_.path, errno);
-    // Whoever may rename things here could have put another folder in its place.
-    if (status.st_uid != ::geteuid()) return cannot_create(target_.path, EPERM);
-    return {};
+  [[nodiscard]] tl::unexpected<Error> refuse(int code) const {
+    return cannot_create(target_, code, "It must be a new folder, or an empty one of yours. ");
   }
 
   /// After a failure, nothing more is made.
   void fail(const std::string& path, int code) {
-    if (!error_) error_ = cannot_create(target_.path / path, code).value();
+    error_ = cannot_create(path.empty() ? target_ : target_ / path, code).value();
   }
 
-  void make_folder(const std::string& path) {
-    if (error_ || path.empty() || made_.contains(path)) return;
-    make_folder(fs::path(path).parent_path().string());
-    if (error_) return;
-    if (::mkdirat(folder_.get(), path.c_str(), kNewFolderMode) != 0) return fail(path, errno);
-    made_.insert(path);
+  /// Makes the folder, those above it first. False after a failure.
+  bool make_folder(const std::string& path) {
+    if (error_ || path.empty() || made_.contains(path)) return !error_;
+    if (make_folder(fs::path(path).parent_path())) {
+      note(path, ::mkdirat(draft_.get(), path.c_str(), kNewFolderMode));
+    }
+    return !error_;
   }
 
   void write(const std::string& path, std::string_view bytes) {
-    make_folder(fs::path(path).parent_path().string());
-    if (error_) return;
+    if (!make_folder(fs::path(path).parent_path())) return;
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    UniqueFd fd(::openat(folder_.get(), path.c_str(), kFlags, kNewFileMode));
-    if (!fd) return fail(path, errno);
-    made_.insert(path);
-    if (!write_fully(fd.get(), bytes) || ::close(fd.release()) != 0) fail(path, errno);
+    UniqueFd fd(::openat(draft_.get(), path.c_str(), kFlags, kNewFileMode));
+    note(path, fd ? 0 : -1);
+    if (fd && (!write_fully(fd.get(), bytes) || ::close(fd.release()) != 0)) fail(path, errno);
   }
 
   void link(const std::string& path, const std::string& to) {
-    make_folder(fs::path(path).parent_path().string());
-    if (error_) return;
-    if (::symlinkat(to.c_str(), folder_.get(), path.c_str()) != 0) return fail(path, errno);
+    if (!make_folder(fs::path(path).parent_path())) return;
+    note(path, ::symlinkat(to.c_str(), draft_.get(), path.c_str()));
+  }
+
+  /// Notes what the system call that makes `path` has returned.
+  void note(const std::string& path, int result) {
+    if (result != 0) return fail(path, errno);
     made_.insert(path);
   }
 
   void give_to(const std::pair<uid_t, gid_t>& owner) {
+    const auto& [uid, gid] = owner;
+    if (is_new_ && ::fchown(folder_.get(), uid, gid) != 0) fail("", errno);
     for (const std::string& path : made_) {
-      if (::fchownat(folder_.get(), path.c_str(), owner.first, owner.second, AT_SYMLINK_NOFOLLOW) !=
-          0) {
-        return fail(path, errno);
+      if (::fchownat(draft_.get(), path.c_str(), uid, gid, AT_SYMLINK_NOFOLLOW) != 0) {
+        fail(path, errno);
       }
     }
-    if (::fchown(folder_.get(), owner.first, owner.second) != 0) fail("", errno);
   }
 
   void allow(const std::string& path, const Access& access) const {
-    (void)!::fchownat(folder_.get(), path.c_str(), access.uid, access.gid, AT_SYMLINK_NOFOLLOW);
-    ::fchmodat(folder_.get(), path.c_str(), access.mode, 0);
+    (void)!::fchownat(draft_.get(), path.c_str(), access.uid, access.gid, AT_SYMLINK_NOFOLLOW);
+    ::fchmodat(draft_.get(), path.c_str(), access.mode, 0);
   }
 
-  /// Moves what lies in the draft into the existing folder; back again if that fails.
-  Expected<void> move_entries() {
-    std::vector<std::string> moved;
-    for (const std::string& path : made_) {
-      if (path.find('/') != std::string::npos) continue;
-      if (::renameat(folder_.get(), path.c_str(), base_, path.c_str()) != 0) {
-        const int code = errno;
-        for (const auto& back : moved) {
-          ::renameat(base_, back.c_str(), folder_.get(), back.c_str());
-        }
-        return cannot_create(target_.path / path, code);
-      }
-      moved.push_back(path);
-    }
-    made_.clear();
-    return {};
-  }
-
-  const Target& target_;
-  int base_;  ///< the folder that it is in
-  std::string name_;
-  UniqueFd folder_;
-  std::set<std::string> made_;  ///< a folder comes before what it holds
+  fs::path target_;
+  std::string name_;  ///< of the draft
+  UniqueFd parent_, folder_, draft_;
+  bool is_new_ = false;         ///< the target did not exist
+  std::set<std::string> made_;  ///< in the draft; a folder comes before what it holds
   std::optional<Error> error_;
 };
 
@@ -270,12 +237,11 @@ Expected<NewSite> empty_site() {
 
 Expected<void> create_site(const std::string& directory, const NewSite& site) {
   const fs::path path = fs::absolute(fs::path(directory) / ".").lexically_normal().parent_path();
-  if (auto user = give_up_root(path); !user) return user;
-  const auto target = open_target(path);
-  if (!target) return tl::unexpected(target.error());
-  Draft draft(*target);
-  if (auto filled = draft.fill(site); !filled) return filled;
-  return draft.put_in_place();
+  Draft draft(path);
+  return give_up_root(path)
+      .and_then([&] { return draft.begin(); })
+      .and_then([&] { return draft.fill(site); })
+      .and_then([&] { return draft.put_in_place(); });
 }
 
 }  // namespace toplist::ctl

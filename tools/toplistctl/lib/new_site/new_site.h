@@ -50,8 +50,8 @@ Expected<void> install_templates(NewSite& site);
 /// Creates the site at `directory`: all of it, or nothing and an error.
 ///
 /// The folder must not exist, or be empty and belong to the caller; its parent must exist. The site
-/// is built in a private folder, beside the new one or in the empty one, and then renamed into
-/// place. Neither step follows a link. A killed process leaves this private folder, "*.new-PID".
+/// is built in a private folder in it and then moved up, "d" last. Neither step follows a link. A
+/// killed process leaves the private folder, ".new-PID".
 ///
 /// Root first becomes, for good, the first other user who owns a folder or link on the path: nobody
 /// can make root write elsewhere by what they put there.

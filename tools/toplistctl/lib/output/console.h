@@ -1,30 +1,47 @@
 #pragma once
 
+#include <fmt/core.h>
+
+#include <string>
 #include <string_view>
+#include <utility>
 
 /// The one place that writes to a terminal.
 namespace toplist::ctl {
 
-/// Exit statuses of the commands besides 0, "fine".
+/// Exit statuses of the commands other than 0, "fine".
 inline constexpr int kExitFindings = 1;
 inline constexpr int kExitTrouble = 2;
 
 /// Writes `text` to standard output: byte for byte, but to a terminal as printable_lines(). Returns
-/// `status`, or kExitTrouble, told on standard error, when it cannot be written (a full disk). A
-/// reader that went away, as "head" does, is no error.
+/// `status`, or reports that it cannot be written (a full disk) and returns kExitTrouble. A reader
+/// that has gone, as "head" does, is no error.
 int print(std::string_view text, int status = 0);
 
-/// Tells on standard error what could not be done; returns kExitTrouble.
+/// Reports on standard error what failed; returns kExitTrouble.
 int fail(std::string_view what);
 
-/// The same with what `error`, an errno, means.
+/// The same with the system's reason, an errno.
 int fail(std::string_view what, int error);
 
-/// Tells something on standard error that does not end the work.
+/// Reports something on standard error that does not end the work.
 void warn(std::string_view what);
 
-/// Keeps a reader that went away from ending the process. A handler, unlike an ignored signal, is
+/// Keeps a reader that has gone from ending the process. A handler, unlike an ignored signal, is
 /// not inherited by commands that are run.
 void survive_broken_pipes();
+
+/// The text with "?" in place of each control character that a terminal would act upon, including
+/// those that take two bytes of UTF-8 (U+0080 to U+009F).
+std::string printable(std::string_view text);
+
+/// The same for text of many lines: line feeds and tabs stay.
+std::string printable_lines(std::string_view text);
+
+/// What fmt::format() makes of it, as one printable line.
+template <typename... Values>
+std::string printable_line(fmt::format_string<Values...> format, Values&&... values) {
+  return printable(fmt::format(format, std::forward<Values>(values)...)) + '\n';
+}
 
 }  // namespace toplist::ctl

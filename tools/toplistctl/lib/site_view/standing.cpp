@@ -8,16 +8,16 @@
 
 #include "run/statistics.h"
 #include "toplist/ranking.h"
-#include "toplistctl/lib/site_files/site_file.h"
+#include "toplistctl/lib/site_files/read_file.h"
+#include "toplistctl/lib/site_files/read_trades.h"
 #include "toplistctl/lib/templates/places.h"
 #include "util/fields.h"
 
 namespace toplist::ctl {
 namespace {
 
-std::size_t sum_record_of(std::string_view id) {
-  const SiteFile sum(kSumPath);
-  FieldReader fields(sum.text());
+std::size_t sum_record_of(std::string_view id, std::string_view sum) {
+  FieldReader fields(sum);
   std::array<std::string_view, kSumFields> record;
   std::size_t found = 0;
   for (std::size_t number = 1; next_record(fields, record) == record.size(); ++number) {
@@ -26,15 +26,15 @@ std::size_t sum_record_of(std::string_view id) {
   return found;
 }
 
-/// Looked up as a run does it for an active trade.
-TradeFiles files_of(const SiteView& site, TradeRecord trade) {
+/// What a run finds for an active trade.
+TradeFiles files_of(const SiteView& site, TradeRecord trade, std::string_view sum) {
   trade.status = 1;
   std::vector<TradeRow> rows = build_rows({&trade, 1});
   TradeRow& row = rows.front();
   attach_extra_columns(site.run.columns_file.text(), rows);
   const bool listed = mark_rows_without_thumbnail(site.run.config.thumb_dir(), rows);
-  return {.sum_record = sum_record_of(row.id),
-          .history = SiteFile(history_path(row.domain)).is_open(),
+  return {.sum_record = sum_record_of(row.id, sum),
+          .history = read_file(history_path(row.domain)).has_value(),
           .columns = row.extra_columns.size(),
           .thumbnail = listed && row.mark == 0};
 }
@@ -62,23 +62,30 @@ Standing standing_in(const ToplistView& toplist, const TradeRow* row) {
 
 }  // namespace
 
-std::vector<Account> accounts_of(const SiteView& site, std::string_view trade,
-                                 std::string_view toplist) {
-  std::vector<Account> accounts;
+bool TradeStanding::is_shown_everywhere() const {
+  return std::all_of(toplists.begin(), toplists.end(),
+                     [](const Standing& standing) { return standing.is_shown(); });
+}
+
+Expected<std::vector<TradeStanding>> standings_of(const SiteView& site, std::string_view trade,
+                                                  std::string_view toplist) {
+  const auto sum = read_file_if_there(kSumPath);
+  if (!sum) return tl::unexpected(sum.error());
+  std::vector<TradeStanding> standings;
   auto next_row = site.run.rows.begin();
   for (std::size_t i = 0; i < site.run.trades.size(); ++i) {
     const TradeRecord& record = site.run.trades[i];
     const TradeRow* row = is_active(record) ? &*next_row++ : nullptr;
-    if (trade != domain_of(record) && trade != std::to_string(record.trade_id)) continue;
-    Account account{i + 1, &record, files_of(site, record), {}};
+    if (!is_called(record, trade)) continue;
+    TradeStanding standing{i + 1, &record, files_of(site, record, sum->value_or("")), {}};
     for (const ToplistView& view : site.toplists) {
       if (toplist.empty() || view.is_called(toplist)) {
-        account.toplists.push_back(standing_in(view, row));
+        standing.toplists.push_back(standing_in(view, row));
       }
     }
-    accounts.push_back(std::move(account));
+    standings.push_back(std::move(standing));
   }
-  return accounts;
+  return standings;
 }
 
 }  // namespace toplist::ctl
