@@ -14,7 +14,7 @@
 #include "support/rows.h"
 #include "table.h"
 #include "toplist/ranking.h"
-#include "toplistctl/lib/templates/expansion.h"
+#include "toplistctl/lib/templates/source.h"
 
 namespace {
 
@@ -74,8 +74,8 @@ void expand(benchmark::State& state) {
   }
   source += "<!-- end repeat -->\n";
   for (auto _ : state) {
-    const auto expansion =
-        toplist::ctl::expand_source("", [&source](const auto&) { return std::optional(source); });
+    const auto expansion = toplist::ctl::expand_source(
+        "", [&source](const auto&) { return toplist::ctl::Expected<std::string>(source); });
     benchmark::DoNotOptimize(expansion.text.data());
   }
 }

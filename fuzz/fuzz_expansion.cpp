@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "input.h"
-#include "toplistctl/lib/templates/expansion.h"
+#include "toplistctl/lib/templates/source.h"
 #include "util/fields.h"
 #include "util/text.h"
 
@@ -109,7 +109,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   }
   const Expansion expansion = toplist::ctl::expand_source("a", [&files](const std::string& name) {
     const auto file = files.find(name);
-    return file == files.end() ? std::nullopt : std::optional(file->second);
+    return file == files.end() ? toplist::ctl::Expected<std::string>(toplist::ctl::failure(name))
+                               : file->second;
   });
   if (!expansion.errors.empty() || expansion.text.size() > 16UL * 1024) return 0;
   require(expansion.text == step_by_step(sources), "another text than step by step");

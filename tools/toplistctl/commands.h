@@ -15,16 +15,16 @@ void add_status_command(const Command& program);
 void add_show_command(const Command& program);
 
 /// render TEMPLATE: the page that a run would write now; or all of them.
-void add_render_command(CLI::App& app, int& exit_status);
+void add_render_command(const Command& program);
 
 /// why TRADE: where a trade stands in each toplist, or everything that keeps it out.
 void add_why_command(const Command& program);
 
 /// digest TEMPLATE...: the check values of templates.
-void add_digest_command(CLI::App& app, int& exit_status);
+void add_digest_command(const Command& program);
 
 /// expand SOURCE: a template out of its source.
-void add_expand_command(CLI::App& app, int& exit_status);
+void add_expand_command(const Command& program);
 
 /// export trades|figures|toplist: a site's data as CSV.
 void add_export_command(CLI::App& app, int& exit_status);

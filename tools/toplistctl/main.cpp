@@ -16,19 +16,12 @@ void bridge(const Command& command) {
   kAdd(*command.app(), *command.exit_status());
 }
 
-constexpr std::array<void (*)(const Command&), 13> kCommands{add_check_command,
-                                                             add_status_command,
-                                                             add_show_command,
-                                                             bridge<add_render_command>,
-                                                             add_why_command,
-                                                             add_try_harvest_command,
-                                                             bridge<add_digest_command>,
-                                                             bridge<add_expand_command>,
-                                                             bridge<add_export_command>,
-                                                             bridge<add_import_command>,
-                                                             add_sample_command,
-                                                             add_init_command,
-                                                             add_complete_command};
+constexpr std::array<void (*)(const Command&), 13> kCommands{
+    add_check_command,          add_status_command,         add_show_command,
+    add_render_command,         add_why_command,            add_try_harvest_command,
+    add_digest_command,         add_expand_command,         bridge<add_export_command>,
+    bridge<add_import_command>, add_sample_command,         add_init_command,
+    add_complete_command};
 
 }  // namespace
 

@@ -23,7 +23,7 @@
 #include "toplistctl/lib/site_files/read_trades.h"
 #include "toplistctl/lib/site_files/site_root.h"
 #include "toplistctl/lib/site_view/site_view.h"
-#include "toplistctl/lib/templates/places.h"
+#include "toplistctl/lib/templates/template_walk.h"
 #include "util/number.h"
 
 namespace toplist::ctl {

@@ -8,7 +8,7 @@
 
 #include "toplistctl/lib/diagnostics/kinds.h"
 #include "toplistctl/lib/site_files/read_file.h"
-#include "toplistctl/lib/site_view/run_inputs.h"
+#include "toplistctl/lib/site_view/site_view.h"
 #include "util/fields.h"
 #include "util/number.h"
 #include "util/text.h"

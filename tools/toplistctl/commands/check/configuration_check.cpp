@@ -105,10 +105,10 @@ void check_harvest_lines(const HarvestConfig& config, Diagnostics& findings) {
 
 void check_thumbnails(const SiteView& site, Diagnostics& findings) {
   const std::string& folder = site.run.config.thumb_dir();
-  if (site.rehearsal.folder_error() != 0) {
+  if (site.rehearsal.folder_error()) {
     add(findings, kinds::kThumbnailFolder, {.file = folder},
         "thumbnails are required, but the folder cannot be opened: {}",
-        std::generic_category().message(site.rehearsal.folder_error()));
+        std::generic_category().message(site.rehearsal.folder_error()->code));
     return;
   }
   std::size_t lacking = 0;
@@ -151,6 +151,41 @@ std::string program_of(std::string_view command) {
   return is_plain && !is_shells ? std::string(word) : "";
 }
 
+bool is_own_tool(std::string_view program) {
+  return program.substr(program.rfind('/') + 1) == "toplist-thumbnail";
+}
+
+/// One to four digits without a leading zero, as toplist-thumbnail takes them.
+bool is_length(std::string_view text) {
+  return !text.empty() && text.size() <= 4 && text[0] != '0' &&
+         std::all_of(text.begin(), text.end(), is_digit);
+}
+
+bool is_size(std::string_view word) {
+  const std::size_t x = word.find('x');
+  return x != std::string_view::npos && is_length(word.substr(0, x)) &&
+         is_length(word.substr(x + 1));
+}
+
+/// Whether only the shell knows which words the text becomes.
+bool is_for_shell(std::string_view text) {
+  return text.find_first_of("\"'\\$`<>") != std::string_view::npos;
+}
+
+/// The words between the paths, and those after toplist-thumbnail, which come before them.
+void check_size(const HarvestConfig& config, Diagnostics& findings) {
+  const std::string program = program_of(config.image_tool());
+  if (!is_own_tool(program)) return;
+  const auto refuse = [&findings](Line line, std::string_view words) {
+    add(findings, kinds::kThumbnailSize, line_place(line),
+        "toplist-thumbnail does not accept \"{}\"", words);
+  };
+  const std::string_view options = trimmed(trimmed(config.image_tool()).substr(program.size()));
+  if (!options.empty() && !is_for_shell(options)) refuse(Line::kImageTool, options);
+  const std::string_view size = trimmed(config.image_tool_args());
+  if (!size.empty() && !is_size(size) && !is_for_shell(size)) refuse(Line::kImageToolArgs, size);
+}
+
 void check_program(Line line, const std::string& program, std::string_view program_path,
                    Diagnostics& findings) {
   if (program.empty() || is_found(program, program_path)) return;
@@ -165,9 +200,8 @@ using RecordsByDomain = std::map<std::string_view, std::size_t>;  ///< by domain
 
 /// Whether the image tool reads the picture that is named by the page's host.
 bool reads_input(const HarvestConfig& config) {
-  constexpr std::string_view kOwnTool = "toplist-thumbnail";
   const std::string program = program_of(config.image_tool());
-  return !program.empty() && program.substr(program.rfind('/') + 1) != kOwnTool;
+  return !program.empty() && !is_own_tool(program);
 }
 
 /// What the image tool finds under the name of a page's host.
@@ -212,6 +246,7 @@ void check_harvest(const SiteView& site, std::string_view program_path, Diagnost
   const HarvestConfig& config = site.run.config;
   if (!config.harvest_enabled()) return;
   check_program(Line::kImageTool, program_of(config.image_tool()), program_path, findings);
+  check_size(config, findings);
   if (const DownloadMethod* const method = find_download_method(config.fetch_method())) {
     check_program(Line::kFetchMethod, std::string(method->program()), program_path, findings);
   }

@@ -8,11 +8,11 @@
 #include "run/sys_log.h"
 #include "toplistctl/commands/check/check.h"
 #include "toplistctl/lib/diagnostics/kinds.h"
+#include "toplistctl/lib/site_files/read_file.h"
 #include "toplistctl/lib/site_files/real_path.h"
-#include "toplistctl/lib/site_view/run_inputs.h"
 #include "toplistctl/lib/site_view/status.h"
-#include "toplistctl/lib/templates/expansion.h"
-#include "toplistctl/lib/templates/installation.h"
+#include "toplistctl/lib/templates/check_values.h"
+#include "toplistctl/lib/templates/source.h"
 
 namespace toplist::ctl {
 namespace {
@@ -86,8 +86,8 @@ Paths used_templates(const SiteView& site) {
   Paths used;
   for (const ToplistDefinition& toplist : site.run.definitions) used.insert(toplist.template_path);
   for (const std::string& source : find_sources()) {
-    for (const std::string& file : expand_source(source, read_source_file).files) {
-      used.insert(fs::path(file).lexically_normal().string());
+    for (const SourceFile& file : expand_source(source, read_file).files) {
+      used.insert(file.plain_name);
     }
   }
   return used;

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "toplistctl/lib/diagnostics/kinds.h"
-#include "toplistctl/lib/site_view/run_inputs.h"
+#include "toplistctl/lib/site_view/rehearsal.h"
 
 namespace toplist::ctl {
 namespace {

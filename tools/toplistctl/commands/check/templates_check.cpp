@@ -4,8 +4,8 @@
 
 #include "toplistctl/commands/check/check.h"
 #include "toplistctl/lib/diagnostics/kinds.h"
-#include "toplistctl/lib/templates/expansion.h"
-#include "toplistctl/lib/templates/installation.h"
+#include "toplistctl/lib/site_files/read_file.h"
+#include "toplistctl/lib/templates/source.h"
 #include "toplistctl/lib/templates/template_check.h"
 #include "util/fields.h"
 
@@ -13,7 +13,7 @@ namespace toplist::ctl {
 namespace {
 
 /// Where in the sources the first byte comes from that the template does not have.
-SourcePlace first_difference(const Expansion& expansion, std::string_view text) {
+Place first_difference(const Expansion& expansion, std::string_view text) {
   const std::string_view expected = expansion.text;
   const auto difference =
       std::mismatch(expected.begin(), expected.end(), text.begin(), text.end()).first;
@@ -24,18 +24,13 @@ SourcePlace first_difference(const Expansion& expansion, std::string_view text) 
                             same.size() - (same.rfind(kLineSeparator) + 1) + 1);
 }
 
-Place place_of(const SourcePlace& place) {
-  return {.file = place.file, .line = place.line, .column = place.column};
-}
-
 void check_source(const std::string& source, const std::string& path, std::string_view text,
                   Diagnostics& findings) {
-  const Expansion expansion = expand_source(source, read_source_file);
+  const Expansion expansion = expand_source(source, read_file);
   if (!expansion.errors.empty()) {
-    const auto& [place, message] = expansion.errors.front();
-    add(findings, kinds::kSourceError, place_of(place), "{}", message);
+    findings.push_back(expansion.errors.front());
   } else if (expansion.text != text) {
-    add(findings, kinds::kSourceDiffers, place_of(first_difference(expansion, text)),
+    add(findings, kinds::kSourceDiffers, first_difference(expansion, text),
         "{} differs from here on", path);
   }
 }

@@ -171,6 +171,10 @@ inline const Listed kMissingTool{
     "missing-tool", Effect::lose,
     "Install the program where the scheduler finds it. Cron looks in /usr/bin and /bin unless the "
     "crontab sets PATH. Use --path to check other folders."};
+inline const Listed kThumbnailSize{
+    "thumbnail-size", Effect::lose,
+    "Write nothing after toplist-thumbnail on line 2, and WIDTHxHEIGHT on line 3, such as 240x180, "
+    "or leave it empty. With other words toplist-thumbnail removes every picture."};
 inline const Listed kNeedsDownloader{
     "needs-downloader", Effect::lose,
     "Write \"1\" or \"3\" on line 5 of the configuration. The built-in client supports only plain "

@@ -15,9 +15,8 @@
 #include "toplist/definitions.h"
 #include "toplistctl/lib/new_site/embedded_files.h"
 #include "toplistctl/lib/site_files/site_root.h"
-#include "toplistctl/lib/templates/digest.h"
-#include "toplistctl/lib/templates/expansion.h"
-#include "toplistctl/lib/templates/installation.h"
+#include "toplistctl/lib/templates/check_values.h"
+#include "toplistctl/lib/templates/source.h"
 #include "util/file.h"
 #include "util/unique_fd.h"
 
@@ -34,9 +33,9 @@ constexpr const char* kFolders[] = {"d/t", "d/h", "d/tl", "d/gr", "l/sys", "l/sy
 
 Expected<std::string> expand(const std::string& source, const NewSite& site) {
   const auto expansion =
-      expand_source(source, [&site](const std::string& path) -> std::optional<std::string> {
+      expand_source(source, [&site](const std::string& path) -> Expected<std::string> {
         const auto found = site.files.find(path);
-        if (found == site.files.end()) return std::nullopt;
+        if (found == site.files.end()) return failure("cannot open " + path);
         return found->second;
       });
   if (expansion.errors.empty()) return expansion.text;

@@ -62,6 +62,20 @@ Expected<void> enter_site(const std::string& directory, const std::string& user)
   return {};
 }
 
+Expected<void> give_up_root(const std::filesystem::path& path) {
+  std::filesystem::path way;
+  for (const std::filesystem::path& part : path) {
+    way /= part;
+    struct stat link {
+    }, file{};
+    if (::geteuid() != 0 || ::lstat(way.c_str(), &link) != 0) return {};
+    if (::stat(way.c_str(), &file) != 0) file = link;
+    const struct stat& owned = link.st_uid != 0 ? link : file;
+    if (owned.st_uid != 0) return act_as(owned.st_uid, owned.st_gid);
+  }
+  return {};
+}
+
 Expected<void> enter_site_and_say_so(const std::string& directory, const std::string& user) {
   const uid_t before = ::geteuid();
   const auto entered = enter_site(directory, user);

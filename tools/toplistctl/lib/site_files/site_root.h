@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <filesystem>
 #include <string>
 
 #include "toplistctl/lib/diagnostics/error.h"
@@ -14,6 +15,10 @@ namespace toplist::ctl {
 /// a symbolic link, can make root read or write elsewhere: `user`, or without one the owner of the
 /// site's root folder. Other users may name only themselves as `user`.
 Expected<void> enter_site(const std::string& directory, const std::string& user = "");
+
+/// Root becomes, for good, the first other owner of anything on the path: for what is read or
+/// written outside of sites.
+Expected<void> give_up_root(const std::filesystem::path& path);
 
 /// The same; when root has become the site's owner without being told to, a note on standard error
 /// says so, because this user may read and write other files than root.

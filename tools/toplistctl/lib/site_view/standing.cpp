@@ -10,7 +10,7 @@
 #include "toplist/ranking.h"
 #include "toplistctl/lib/site_files/read_file.h"
 #include "toplistctl/lib/site_files/read_trades.h"
-#include "toplistctl/lib/templates/places.h"
+#include "toplistctl/lib/templates/template_walk.h"
 #include "util/fields.h"
 
 namespace toplist::ctl {

@@ -1,8 +1,11 @@
 #include "toplistctl/lib/templates/template_check.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <array>
 #include <map>
+#include <optional>
 #include <set>
 #include <tuple>
 #include <utility>
@@ -17,8 +20,6 @@ namespace toplist::ctl {
 namespace {
 
 constexpr std::size_t kTagTextShown = 20;
-constexpr std::size_t kRankDigits = 3;
-constexpr std::size_t kNameableRanks = 1000;  ///< by so many digits
 constexpr std::size_t kShortName = 3;
 
 bool all_digits(std::string_view text) { return std::all_of(text.begin(), text.end(), is_digit); }
@@ -45,9 +46,16 @@ class TemplateCheck {
                    .stray = [this](const StraySpot& stray) { add_stray(stray); },
                    .open_block = [this](std::size_t line) { add_open_block(line); }});
     for (const auto& [key, repeated] : repeated_) {
-      if (repeated.times == 1) continue;
-      findings_[repeated.finding].message +=
-          ", and " + std::to_string(repeated.times - 1) + " more";
+      std::string& message = findings_[repeated.finding].message;
+      if (key.first == &kinds::kTooManyTags) {
+        message = "left unfilled from here on: " + count_of(repeated.times, "tag");
+      } else if (repeated.times > 1) {
+        message += fmt::format(", and {} more", repeated.times - 1);
+      }
+    }
+    if (unfilled_lines_ > 0) {
+      findings_[*malformed_].message +=
+          ", which leaves tags unfilled on " + count_of(unfilled_lines_, "later line");
     }
   }
 
@@ -58,13 +66,13 @@ class TemplateCheck {
     std::size_t times;
   };
 
-  /// Whether the fault has not been told of this place; `key` tells faults of a kind apart.
+  /// Whether the fault has not been reported at this place; `key` tells faults of a kind apart.
   bool is_new(const Kind& kind, const std::string& key, const Place& at) {
-    return told_.insert({kind.name, key, at.file, at.line, at.column}).second;
+    return told_.emplace(&kind, key, at).second;
   }
 
   void add(const Kind& kind, const Place& at, std::string message) {
-    findings_.push_back({&kind, at, std::move(message)});
+    if (is_new(kind, "", at)) findings_.push_back({&kind, at, std::move(message)});
   }
 
   /// Adds the first tag with this fault; those that follow are counted.
@@ -72,23 +80,21 @@ class TemplateCheck {
     const Place at = place_of_(tag.line, tag.column);
     if (!is_new(kind, key, at)) return;
     const auto [entry, is_first] =
-        repeated_.try_emplace({kind.name, key}, Repeated{findings_.size(), 0});
+        repeated_.try_emplace({&kind, key}, Repeated{findings_.size(), 0});
     ++entry->second.times;
-    if (is_first) add(kind, at, in_quotes(tag_text(tag)));
+    if (is_first) findings_.push_back({&kind, at, in_quotes(tag_text(tag))});
   }
 
   void add_stray(const StraySpot& stray) {
-    const Place at = place_of_(stray.line, stray.column);
-    if (!is_new(kinds::kStraySpot, "", at)) return;
-    add(kinds::kStraySpot, at,
-        "\"%%\" with fewer than 11 characters from it to the end of the line");
+    add(kinds::kStraySpot, place_of_(stray.line, stray.column),
+        fmt::format("\"%%\" with fewer than {} characters from it to the end of the line",
+                    kShortTagLength));
   }
 
   void add_malformed(const TagSpot& tag) {
-    const Place at = place_of_(tag.line, tag.column);
-    if (!is_new(kinds::kMalformedTag, "", at)) return;
-    add(kinds::kMalformedTag, at,
-        in_quotes(tag_text(tag)) + (tag.from_value ? ", put there by a value" : ""));
+    if (!malformed_) malformed_ = findings_.size();
+    add(kinds::kMalformedTag, place_of_(tag.line, tag.column),
+        in_quotes(tag_text(tag)) + " is no tag" + (tag.from_value ? "; a value holds it" : ""));
   }
 
   void add_open_block(std::size_t line) {
@@ -100,6 +106,9 @@ class TemplateCheck {
   void check_tag(const TagSpot& tag) {
     const bool is_first_of_line = std::exchange(last_line_, tag.line) != tag.line;
     if (tag.passes > kPassLimit + 1 && !is_first_of_line) add_once(kinds::kTooManyTags, "", tag);
+    if (malformed_ && !is_first_of_line && std::exchange(unfilled_line_, tag.line) != tag.line) {
+      ++unfilled_lines_;
+    }
     if (!tag.tag) return add_malformed(tag);
     if (tag.from_value) return;  // the value is at fault, and reported where it comes from
     check_name(tag);
@@ -130,15 +139,18 @@ class TemplateCheck {
   const PlaceOf& place_of_;
   Diagnostics& findings_;
   std::size_t last_line_ = 0;
-  std::set<std::tuple<std::string_view, std::string, std::string, std::size_t, std::size_t>> told_;
-  std::map<std::pair<std::string_view, std::string>, Repeated> repeated_;
+  std::optional<std::size_t> malformed_;  ///< the finding of the first malformed tag
+  std::size_t unfilled_line_ = 0;         ///< the last line that it leaves unfilled,
+  std::size_t unfilled_lines_ = 0;        ///< and how many there are
+  std::set<std::tuple<const Kind*, std::string, Place>> told_;
+  std::map<std::pair<const Kind*, std::string>, Repeated> repeated_;
 };
 
 }  // namespace
 
 TemplateUse use_without_site() {
   static const TradeRow row;
-  static const std::vector<const TradeRow*> rows(kNameableRanks, &row);
+  static const std::vector<const TradeRow*> rows(kRankCount, &row);
   return {.shown = rows};
 }
 

@@ -5,6 +5,8 @@
 
 #include "render/pending_text.h"
 #include "render/render.h"
+#include "toplistctl/lib/site_files/read_file.h"
+#include "toplistctl/lib/site_view/site_view.h"
 #include "util/fields.h"
 
 namespace toplist::ctl {
@@ -31,8 +33,9 @@ class LineWalk {
       if (text.size() < kShortTagLength) return visitor_.stray({number, column});
 
       const std::optional<Tag> tag = read_tag(text);
-      visitor_.tag({text, number, column, text.size() > untouched, tag, ++passes_});
-      if (!tag || passes_ > last_pass) return;
+      const bool from_value = text.size() > untouched;
+      visitor_.tag({text, number, column, from_value, tag, ++passes_});
+      if (!tag || (from_value && passes_ > last_pass)) return;
       value.clear();
       pending.drop(expand_tag(*tag, rows_, value));
       untouched = std::min(untouched, pending.text().size());
@@ -60,6 +63,15 @@ void walk_template(std::string_view text, RankedRows rows, const TemplateVisitor
     if (block.inside() && !was_inside) opened = number;
   }
   if (block.inside()) visitor.open_block(opened);
+}
+
+std::set<std::int32_t> ranks_named(const ToplistView& toplist) {
+  std::set<std::int32_t> ranks;
+  walk_template(read_file(toplist.definition->template_path).value_or(""), toplist.passing,
+                {.tag = [&ranks](const TagSpot& spot) {
+                  if (spot.tag && !spot.from_value) ranks.insert(spot.tag->rank);
+                }});
+  return ranks;
 }
 
 }  // namespace toplist::ctl

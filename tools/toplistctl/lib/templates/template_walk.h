@@ -4,11 +4,14 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string_view>
 
 #include "render/tag.h"
 
 namespace toplist::ctl {
+
+struct ToplistView;
 
 /// A tag of a template, or what should be one, about to be expanded.
 struct TagSpot {
@@ -28,13 +31,18 @@ struct StraySpot {
 
 /// What comes of a template's lines.
 struct TemplateVisitor {
-  std::function<void(const TagSpot&)> tag;
-  std::function<void(const StraySpot&)> stray;
-  std::function<void(std::size_t line)> open_block;  ///< that the template's end leaves open
+  std::function<void(const TagSpot&)> tag = [](const TagSpot&) {};
+  std::function<void(const StraySpot&)> stray = [](const StraySpot&) {};
+  /// The line of a block that the template's end leaves open.
+  std::function<void(std::size_t line)> open_block = [](std::size_t) {};
 };
 
 /// Goes through the tags of a template as a run that expands them against `rows` does. But where
 /// the run ends, or has no passes left, this goes on with the next line.
 void walk_template(std::string_view text, RankedRows rows, const TemplateVisitor& visitor);
+
+/// The ranks that the toplist's template names: its places for trades. Those in tags that a value
+/// brings in do not count. Empty when the template cannot be read.
+std::set<std::int32_t> ranks_named(const ToplistView& toplist);
 
 }  // namespace toplist::ctl
