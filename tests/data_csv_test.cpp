@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <map>
 #include <string>
@@ -36,9 +37,20 @@ std::string bytes_of(const std::vector<TradeRecord>& trades) {
   return {reinterpret_cast<const char*>(trades.data()), trades.size() * sizeof(TradeRecord)};
 }
 
-std::string all_of(const CsvErrors& errors) {
+std::string all_of(Diagnostics errors) {
+  std::stable_sort(errors.begin(), errors.end(),
+                   [](const auto& a, const auto& b) { return a.place < b.place; });
   std::string text;
-  for (const std::string& error : errors.told()) text += error + "\n";
+  for (Diagnostic& error : errors) {
+    error.place.file = "csv";
+    text += error.place.prefix() + error.message + "\n";
+  }
+  return text;
+}
+
+std::string all_of(const std::vector<TradeChange>& changes) {
+  std::string text;
+  for (const TradeChange& change : changes) text += change.text();
   return text;
 }
 
@@ -51,8 +63,13 @@ TEST(DataCsv, TradesTakeTextsAlongOrTellWhatIsWrong) {
   for (TextCase& c : read_text_cases("trades_csv_cases.txt")) {
     SCOPED_TRACE(c.name);
     const auto trades = c.texts.contains("before") ? make_trades() : std::vector<TradeRecord>();
-    CsvErrors errors;
-    const auto imported = import_trades(c.texts["csv"], trades, c.texts["before"], errors);
+    Diagnostics errors;
+    const std::string& options = c.texts["options"];
+    const Markup markup = options == "raw\n"      ? Markup::raw
+                          : options == "escape\n" ? Markup::escape
+                                                  : Markup::refuse;
+    const auto imported =
+        import_trades(c.texts["csv"], trades, c.texts["before"], errors, {.markup = markup});
     EXPECT_EQ(all_of(errors), c.texts["errors"]);
     if (errors.empty()) {
       EXPECT_EQ(imported.columns, c.texts["after"]);
@@ -60,31 +77,35 @@ TEST(DataCsv, TradesTakeTextsAlongOrTellWhatIsWrong) {
   }
 }
 
-TEST(DataCsv, ARecordKeepsWhatTheCsvDoesNotChange) {
-  const std::vector<TradeRecord> before = make_trades();
+// Only what a line names changes; other trades stay, or go on request.
+TEST(DataCsv, ARecordKeepsItsPlaceAndWhatTheCsvDoesNotChange) {
+  std::vector<TradeRecord> before = make_trades();
   std::string expected = bytes_of(before);
   expected[824] = 7;                                                          // status of trade 1
   expected.replace(996 + 4, 76, std::string("new") + std::string(73, '\0'));  // domain of trade 2
-  CsvErrors errors;
-  std::string csv = "status,domain,id\n7,a,1\n1,new,2\n";
-  for (std::int32_t i = 3; i <= 10; ++i) {
-    const TradeRecord& trade = before[static_cast<std::size_t>(i - 1)];
-    csv += std::to_string(trade.status) + "," + trade.domain + "," + std::to_string(i) + "\n";
-  }
-  EXPECT_EQ(bytes_of(import_trades(csv, before, "", errors).trades), expected);
-  EXPECT_EQ(all_of(errors), "");
+  expected += bytes_of({make_trade(30, "n", "u", 1)});
+  const std::string csv =
+      "status,domain,id,url\n1,n,30,u\n7,a,1,http://\xFF|;/\n1,new,2,http://\xFF|;/\n";
+  Diagnostics errors;
+  ImportedTrades imported = import_trades(csv, before, "", errors);
+  EXPECT_EQ(bytes_of(imported.trades), expected);
+  EXPECT_EQ(all_of(imported.changes),
+            "30 n: added\n1 a: status 0 -> 7\n2 b: domain \"b\" -> \"new\"\n");
+  EXPECT_EQ(imported.unchanged, 8U);
 
-  // The order is that of the lines; others are gone, and a new record has its defaults.
-  const ImportedTrades imported =
-      import_trades("id,domain,url,status\n30,new,u,1\n3,c,u,2\n-2,,,0\n", before, "", errors);
+  // Records of no trade go when they are not needed, and come when they are.
+  before.push_back({.trade_id = -1});
+  before[2].trade_id = -3;
+  imported = import_trades("id\n2\n-3\n", before, "", errors, {.remove_missing = true});
+  EXPECT_EQ(all_of(errors), "");
+  EXPECT_EQ(all_of(imported.changes),
+            "1 a: removed\n4 d: removed\n5 e: removed\n6 f: removed\n"
+            "7 g: removed\n8 h: removed\n9 i: removed\n10 j: removed\n");
   ASSERT_EQ(imported.trades.size(), 10U);
-  EXPECT_EQ(bytes_of({imported.trades[0]}), bytes_of({site::make_trade(30, "new", "u", 1)}));
-  EXPECT_EQ(imported.trades[1].reserved_820, before[2].reserved_820);
-  EXPECT_EQ(bytes_of({imported.trades[3]}), bytes_of({TradeRecord{.trade_id = -1}}));
-  EXPECT_EQ(imported.trades[4].trade_id, -3);
-  EXPECT_EQ(imported.added, 2U);
-  EXPECT_EQ(imported.removed, 9U);
-  EXPECT_EQ(imported.fillers, 7U);
+  EXPECT_EQ(bytes_of({imported.trades[2]}), bytes_of({TradeRecord{.trade_id = -1}}));
+  EXPECT_EQ(imported.trades[4].trade_id, -4);
+  EXPECT_EQ(imported.fillers, 8U);
+  EXPECT_EQ(imported.unchanged, 2U);
 }
 
 /// A record of "d/t/sum" whose 42 figures count from `first`; `changes` are other texts for some.
@@ -102,10 +123,9 @@ std::string record(const std::string& id, int first,
 constexpr int kCef24 = 14 + 6, kFurther24 = 14 + 13;
 
 std::string import_sum(const std::string& csv, const std::string& before) {
-  CsvErrors errors;
-  const ImportedFigures imported =
-      import_figures(csv, make_trades(), before, no_histories(), errors);
-  return errors.empty() ? imported.sum : all_of(errors);
+  Diagnostics errors;
+  const auto imported = import_figures(csv, make_trades(), before, no_histories(), errors);
+  return errors.empty() ? imported->sum : all_of(errors);
 }
 
 TEST(DataCsv, FiguresThatChangeLeaveTheOthersAlone) {
@@ -130,52 +150,48 @@ TEST(DataCsv, OnlyHistoriesWithOtherTotalsAreWritten) {
   PeriodBlock totals;
   totals.rin = 5;
   totals.rec = 6;
-  const Histories histories = [&totals](std::string_view domain) {
-    return domain == "a" || domain == "b" ? std::optional(totals) : std::nullopt;
+  const Histories histories = [&totals](std::string_view domain) -> std::optional<PeriodBlock> {
+    if (domain != "a" && domain != "b") return std::nullopt;
+    return totals;
   };
   std::vector<TradeRecord> trades = make_trades();
   trades[9].domain[0] = 'a';
-  EXPECT_EQ(export_figures(make_trades(3), "", histories),
+  EXPECT_EQ(*export_figures(make_trades(3), "", histories),
             "id,period,rin,uin,out,clk,cef,ctt,ctg,rec,further1,further2,further3\r\n"
             "1,99,5,0,0,0,0,0,0,6,0,0,0\r\n2,99,5,0,0,0,0,0,0,6,0,0,0\r\n");
-  CsvErrors errors;
+  Diagnostics errors;
   const auto imported = import_figures("id,period,rin\n1,99,5\n2,99,7\n3,99,0\n10,99,5\n", trades,
                                        "", histories, errors);
   EXPECT_EQ(all_of(errors), "");
-  ASSERT_EQ(imported.histories.size(), 2U);
-  EXPECT_EQ(imported.histories[0].first, "b");
-  EXPECT_EQ(imported.histories[0].second.rin, 7);
-  EXPECT_EQ(imported.histories[0].second.rec, 6);
-  EXPECT_EQ(imported.histories[1].first, "c");
+  ASSERT_EQ(imported->histories.size(), 2U);
+  EXPECT_EQ(imported->histories[0].first, "b");
+  EXPECT_EQ(imported->histories[0].second.rin, 7);
+  EXPECT_EQ(imported->histories[0].second.rec, 6);
+  EXPECT_EQ(imported->histories[1].first, "c");
+  EXPECT_EQ(all_of(imported->changes), "2 b: rin99 5 -> 7\n");
 }
 
-TEST(DataCsv, EveryErrorInFiguresIsToldWithItsPlace) {
+TEST(DataCsv, EveryErrorInFiguresIsReportedWithItsPlace) {
   std::vector<TradeRecord> trades = make_trades(3);
   trades[1].domain[0] = 'a';
   std::strcpy(trades[2].domain, "x/y");
-  CsvErrors errors;
-  import_figures(
+  Diagnostics errors;
+  const auto imported = import_figures(
       "id,period,rin,further1\n4,60,1,1\n1,61,1,1\n1,60,1,\n1,60,1,1\n1,99,1,1\n2,99,2,0\n3,99,1,"
       "0\n",
       trades, "", no_histories(), errors);
-  EXPECT_EQ(all_of(errors),
-            "line 2, column 1 (id): the trade database has no trade of this id\n"
-            "line 3, column 2 (period): 60, 24, 07 or 99 must stand here\n"
-            "line 4, column 4 (further1): a whole number must stand here\n"
-            "line 5, column 1 (id): has the same period in line 4\n"
-            "line 6, column 4 (further1): must be 0 in period 99\n"
-            "line 7, column 1 (id): has the domain of line 6, where the figures differ: a history "
-            "goes by the domain\n"
-            "line 8, column 1 (id): has a \"/\" in its domain, which names a file\n");
-}
-
-TEST(DataCsv, ErrorsAreCountedBeyondThoseTold) {
-  std::string csv = "id\n";
-  for (int i = 0; i < 1000; ++i) csv += "x\n";
-  CsvErrors errors;
-  import_trades(csv, {}, "", errors);
-  EXPECT_EQ(errors.count(), 1000U);
-  EXPECT_EQ(errors.told().size(), CsvErrors::kMostTold);
+  EXPECT_TRUE(imported.has_value());
+  EXPECT_EQ(
+      all_of(errors),
+      "csv:2:1: column id: the site has no trade with this id\n"
+      "csv:3:2: column period: this must be 60, 24, 07 or 99\n"
+      "csv:4:4: column further1: this must be a whole number\n"
+      "csv:5:1: column id: line 4 has this id and period, too\n"
+      "csv:6:4: column further1: this must be 0 in period 99\n"
+      "csv:7:1: column id: line 6 has the same domain and other figures. Trades of one domain "
+      "share their history\n"
+      "csv:8:1: column id: the domain of this trade holds a \"/\", so it cannot name a "
+      "history\n");
 }
 
 }  // namespace

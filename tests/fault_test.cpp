@@ -31,7 +31,7 @@ constexpr const char* kInputs[] = {"d/t/index", "d/t/sum",      "d/h/t01.example
 
 /// A site of which a run reads every kind of file. Its toplist "free" has no check value.
 void fill(const Site& site) {
-  site.write("d/gr/few", site::encode_group("few", std::vector<std::int32_t>{101, 102, 103}));
+  site.write("d/gr/few", ctl::encode_group("few", std::vector<std::int32_t>{101, 102, 103}));
   site.add_toplist("first", "%%tid_000%% %%tit_001%%\n<tlxt>\n</tlxt>\n%%rin60_002%%\n");
   site.write("d/tl/free.tpl", "<%%dom_000%%>\n<%%att00_001%%>\n");
   site.add_definition(

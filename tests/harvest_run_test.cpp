@@ -75,22 +75,22 @@ class HarvestSite : public Site {
     configure("2");
     std::string index;
     for (std::size_t i = 0; i < kFirstVisited; ++i) {
-      site::append_trade(index, site::make_trade(0, "early.e", "http://early.e/", 0));
+      ctl::append_trade(index, ctl::make_trade(0, "early.e", "http://early.e/", 0));
     }
     for (const Visit& visit : visits) {
-      site::append_trade(index, site::make_trade(0, visit.domain, visit.url, 0));
+      ctl::append_trade(index, ctl::make_trade(0, visit.domain, visit.url, 0));
     }
     write("d/t/index", index);
   }
 
   void configure(const std::string& method, const std::string& thumbnail_optional = "1") const {
-    site::HarvestFile values;
+    ctl::HarvestFile values;
     values.image_tool = "tool -in";
     values.image_tool_args = "-out 'a b'";
     values.fetch_method = method;
     values.thumbnail_optional = thumbnail_optional;
     values.harvest = "1";
-    write("d/tl/vantaig", site::encode_harvest_file(values));
+    write("d/tl/vantaig", ctl::encode_harvest_file(values));
   }
 
   /// What the stand-in finds at an address.
@@ -115,7 +115,7 @@ class HarvestSite : public Site {
     ::setenv("PATH", tools().c_str(), 1);
     std::filesystem::current_path(path(""));
     Connections held_open;
-    harvest_trade(site::make_trade(1, "d.e", url),
+    harvest_trade(ctl::make_trade(1, "d.e", url),
                   [&held_open](const std::string& host, const std::string& address) {
                     return fetch_raw_http(host, address, held_open);
                   });
@@ -233,7 +233,7 @@ TEST(TradeHarvest, StoresNothingOutsideOfTheThumbnailFolder) {
   };
   for (const auto& c : cases) {
     const HarvestConfig config = parse_harvest_config(c.folder, "");
-    const TradeHarvest harvest(site::make_trade(1, c.domain, ""), config, nullptr);
+    const TradeHarvest harvest(ctl::make_trade(1, c.domain, ""), config, nullptr);
     EXPECT_EQ(harvest.thumbnail_path(), c.path) << c.folder << " " << c.domain;
   }
 }
@@ -388,7 +388,7 @@ class PartnerSite : public HarvestSite {
       const std::string early = "http://" + server.host() + "/early";
       const std::string url = i < kFirstVisited ? early : url_at(server, i);
       const int status = i == kInactive ? 0 : 1;
-      site::append_trade(index, site::make_trade(trade.id, trade.domain, url, status));
+      ctl::append_trade(index, ctl::make_trade(trade.id, trade.domain, url, status));
     }
     write("d/t/index", index);
     add_toplist("top", "%%dom_000%%\n%%dom_001%%\n%%dom_002%%\n%%dom_003%%\n%%dom_004%%\n");

@@ -213,6 +213,12 @@ TEST(PictureSearch, TheHeadEndsWithTheFirstEmptyLine) {
   }
 }
 
+TEST(ImageTool, TheCommandIsByteForByteTheDocumentedOne) {
+  const auto config = parse_harvest_config("t_\ntool $A 'b c' &&\n;x | y >z\n", "");
+  EXPECT_EQ(image_tool_command(config, "h.example:8080", "my-domain.example"),
+            "tool $A 'b c' && t_h.example:8080.jpg ;x | y >z t_my-domain.example.jpg");
+}
+
 /// What the threads of one harvest report.
 struct Roll {
   std::mutex mutex;

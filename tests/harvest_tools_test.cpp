@@ -30,7 +30,7 @@ struct HarvestedSite : Site {
     for (const char* name : {"bin", "l/sys/net"}) make_dir(name);
     add_stand_in("fetch-one-picture", "fetch");
     write("d/tl/vantaig",
-          site::encode_harvest_file({.image_tool = ":", .fetch_method = "2", .harvest = "1"}));
+          ctl::encode_harvest_file({.image_tool = ":", .fetch_method = "2", .harvest = "1"}));
     add_toplist("top", "%%tid_000%%\n");
   }
 
@@ -66,7 +66,7 @@ TEST(HarvestRoot, HarvestsForTheSiteAndBuildsNoPage) {
 
   // The links hold when files are replaced, and also when the log comes into being behind one.
   std::string index = site.read("d/t/index");
-  site::append_trade(index, site::make_trade(113, "new.example", "http://new.example/"));
+  ctl::append_trade(index, ctl::make_trade(113, "new.example", "http://new.example/"));
   site.replace("d/t/index", index);
   EXPECT_EQ(root.start(start), RunResult{});
   EXPECT_EQ(site.read("l/thumbs/new.example.jpg"), kThumbnail + '\n');
@@ -83,7 +83,7 @@ TEST(HarvestRoot, IsLaidOutWhollyOrNotAtAll) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.thumb_dir);
     const HarvestedSite site;
-    site.write("d/tl/vantaig", site::encode_harvest_file({.thumb_dir = c.thumb_dir}));
+    site.write("d/tl/vantaig", ctl::encode_harvest_file({.thumb_dir = c.thumb_dir}));
     const auto before = site.contents();
     const std::string folder = c.link == nullptr ? "" : c.link;
     EXPECT_EQ(create_harvest_root(site.path(""), site.path("root")).has_value(), c.link != nullptr);
@@ -111,13 +111,13 @@ TEST(HarvestRoot, WhoWritesTheSitesLogMayDownload) {
 using Web = std::map<std::string, RawResponse>;  ///< by address; others are unknown hosts
 
 /// What a trial of the trade's harvest reports.
-std::string trace(const Web& web, const site::HarvestFile& config, std::size_t index,
+std::string trace(const Web& web, const ctl::HarvestFile& config, std::size_t index,
                   std::string_view domain = "a.e") {
   std::vector<TradeRecord> trades(12);
-  trades[index] = site::make_trade(7, domain, "http://www.a.e/in");
+  trades[index] = ctl::make_trade(7, domain, "http://www.a.e/in");
   std::string text;
   const bool stored = try_harvest(
-      trades, index, parse_harvest_config(site::encode_harvest_file(config), ""),
+      trades, index, parse_harvest_config(ctl::encode_harvest_file(config), ""),
       [&web](const std::string& /*host*/, const std::string& url) {
         const auto found = web.find(url);
         return found == web.end() ? RawResponse{.failure = FetchFailure::unknown_host}

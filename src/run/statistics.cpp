@@ -94,6 +94,7 @@ void attach_extra_columns(std::string_view text, std::span<TradeRow> rows) {
     sought.find(row.domain, [&](std::size_t group) {
       const auto values = groups.subspan(group * group_size + 1, group_size - 1);
       row.extra_columns.insert(row.extra_columns.end(), values.begin(), values.end());
+      return true;
     });
   }
 }
@@ -124,7 +125,9 @@ void read_recent_periods(std::string_view text, std::span<TradeRow> rows) {
   std::vector<TradeRow*> record_rows(records.size());  // of each, the first with its id
   for (TradeRow& row : rows) {
     sought.find(row.id, [&](std::size_t record) {
-      if (record_rows[record] == nullptr) record_rows[record] = &row;
+      const bool is_free = record_rows[record] == nullptr;
+      if (is_free) record_rows[record] = &row;
+      return is_free;  // an earlier row that has one has all of the same id
     });
   }
 

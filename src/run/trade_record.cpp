@@ -32,6 +32,12 @@ std::string_view url_of(const TradeRecord& record) {
   return text_at(record, offsetof(TradeRecord, url));
 }
 
+std::vector<TradeRecord> parse_trades(std::string_view bytes) {
+  std::vector<TradeRecord> trades(records_in(bytes.size()));
+  bytes.copy(reinterpret_cast<char*>(trades.data()), bytes.size());
+  return trades;
+}
+
 bool load_trades(const std::string& path, std::vector<TradeRecord>& trades) {
   const UniqueFd fd = open_for_reading(path);
   if (!fd) return false;

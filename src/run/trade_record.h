@@ -58,6 +58,9 @@ inline bool is_active(const TradeRecord& record) { return record.status == 1; }
 std::string_view domain_of(const TradeRecord& record);
 std::string_view url_of(const TradeRecord& record);
 
+/// The records of the database's bytes, the cut last one as load_trades() keeps it.
+std::vector<TradeRecord> parse_trades(std::string_view bytes);
+
 /// Fills `trades` with the records of the file at `path`, in file order; false when it cannot be
 /// opened. A cut last record is kept (contract: cut-record): what the file does not hold of it has
 /// its initial value.

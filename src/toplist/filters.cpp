@@ -161,7 +161,10 @@ bool mark_rows_without_thumbnail(const std::string& directory, std::span<TradeRo
   const SoughtTexts sought(views);
   for (TradeRow& row : rows) {
     row.mark = 1;
-    sought.find(row.domain + ".jpg", [&row](std::size_t) { row.mark = 0; });
+    sought.find(row.domain + ".jpg", [&row](std::size_t) {
+      row.mark = 0;
+      return false;
+    });
   }
   return true;
 }

@@ -34,12 +34,12 @@ class SoughtTexts {
   /// `texts` must outlive this object, which views them.
   explicit SoughtTexts(std::span<const std::string_view> texts);
 
-  /// Calls `found(t)` for each texts[t] that equals the entry, in order.
+  /// Calls `found(t)` for each texts[t] that equals the entry, in order, while it returns true.
   template <typename Found>
   void find(std::string_view entry, Found found) const {
     const std::uint32_t hash = hash_of(entry);
     for (std::uint32_t t = first_[hash & mask_]; t != kNone; t = links_[t].next) {
-      if (links_[t].hash == hash && texts_[t] == entry) found(std::size_t{t});
+      if (links_[t].hash == hash && texts_[t] == entry && !found(std::size_t{t})) return;
     }
   }
 

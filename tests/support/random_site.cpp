@@ -23,8 +23,8 @@ std::string three_digits(int number) {
 RandomSite::RandomSite(std::uint64_t seed) : Site(std::vector<Trade>{}), random_(seed) {
   add_trades();
   const std::array members{kFirstId, kFirstId + 2, kFirstId + 3, kFirstId + 7};
-  write("d/gr/g", site::encode_group("g", members));
-  write("d/tl/vantaig", site::encode_harvest_file({.thumbnail_optional = one_in(4) ? "0" : "1"}));
+  write("d/gr/g", ctl::encode_group("g", members));
+  write("d/tl/vantaig", ctl::encode_harvest_file({.thumbnail_optional = one_in(4) ? "0" : "1"}));
   const int toplists = 1 + number(6);
   for (int i = 0; i < toplists; ++i) add_random_toplist(i);
   if (one_in(4)) break_something();

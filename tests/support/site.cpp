@@ -50,9 +50,9 @@ Site::Site() : Site(default_trades()) {}
 Site::Site(const std::vector<Trade>& trades) {
   for (const char* name : {"d/t", "d/h", "d/tl", "d/gr", "l/sys", "l/thumbs"}) make_dir(name);
   for (const char* name : {"d/t/index", "d/t/sum", "d/tl/tl", "d/tl/tl.ext"}) write(name, "");
-  write("d/tl/vantaig", site::encode_harvest_file({}));
+  write("d/tl/vantaig", ctl::encode_harvest_file({}));
   std::string columns;
-  site::append_column_header(
+  ctl::append_column_header(
       columns, std::array<std::string_view, 4>{"title", "description", "picture", "category"});
   write("d/tl/tl.a1", columns);
   for (const Trade& trade : trades) add_trade(trade);
@@ -68,12 +68,12 @@ std::vector<Trade> Site::default_trades() {
 
 void Site::add_trade(const Trade& trade) const {
   std::string index, sum, history, columns;
-  site::append_trade(index, site::make_trade(trade.id, trade.domain, "http://" + trade.domain + "/",
-                                             trade.status));
-  site::append_sum(sum, {trade.id, {trade.periods[0], trade.periods[1], trade.periods[2]}});
-  site::append_history(history, 1, trade.periods[kPeriod99]);
+  ctl::append_trade(
+      index, ctl::make_trade(trade.id, trade.domain, "http://" + trade.domain + "/", trade.status));
+  ctl::append_sum(sum, {trade.id, {trade.periods[0], trade.periods[1], trade.periods[2]}});
+  ctl::append_history(history, 1, trade.periods[kPeriod99]);
   const std::vector<std::string_view> values(trade.columns.begin(), trade.columns.end());
-  site::append_columns(columns, trade.domain, values);
+  ctl::append_columns(columns, trade.domain, values);
   append("d/t/index", index);
   append("d/t/sum", sum);
   append("d/tl/tl.a1", columns);
@@ -90,15 +90,15 @@ void Site::add_toplist(const std::string& name, std::string_view text,
                   .check = sha1_file_hex(path(template_path))});
 }
 
-void Site::add_definition(const site::Definition& definition) const {
+void Site::add_definition(const ctl::Definition& definition) const {
   std::string record;
-  site::append_definition(record, definition);
+  ctl::append_definition(record, definition);
   append("d/tl/tl", record);
 }
 
 void Site::add_setting(const std::string& name, std::string_view setting) const {
   std::string record;
-  site::append_setting(record, name + ".tpl", setting);
+  ctl::append_setting(record, name + ".tpl", setting);
   append("d/tl/tl.ext", record);
 }
 

@@ -64,7 +64,7 @@ class Site {
   /// value, mode "1".
   void add_toplist(const std::string& name, std::string_view text,
                    std::string_view order_by = "1") const;
-  void add_definition(const site::Definition& definition) const;
+  void add_definition(const ctl::Definition& definition) const;
   /// A setting of the toplist `name` as add_toplist() calls it.
   void add_setting(const std::string& name, std::string_view setting) const;
 

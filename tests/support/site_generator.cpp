@@ -93,11 +93,11 @@ void write_statistics(const fs::path& site, std::size_t trades, Random& random) 
     const auto period = [&](double days) {
       return draw_period(visitors[i] * days, habits, random);
     };
-    site::append_sum(
+    ctl::append_sum(
         sum, {kFirstId + static_cast<std::int32_t>(i), {period(1.0 / 24), period(1), period(7)}});
     std::string history;
     for (std::size_t day = 1; day <= kDays; ++day) {
-      site::append_history(history, static_cast<std::int32_t>(day), period(1));
+      ctl::append_history(history, static_cast<std::int32_t>(day), period(1));
     }
     write(site / history_path(domain_of(i)), history);
   }
@@ -108,18 +108,18 @@ void write_trades(const fs::path& site, std::size_t trades) {
   constexpr std::array<std::string_view, 6> kNames{"title",    "description", "picture",
                                                    "category", "language",    "since"};
   std::string index, columns;
-  site::append_column_header(columns, kNames);
+  ctl::append_column_header(columns, kNames);
   for (std::size_t i = 0; i < trades; ++i) {
     const std::string domain = domain_of(i);
     const std::string number = std::to_string(i);
-    site::append_trade(index, site::make_trade(kFirstId + static_cast<std::int32_t>(i), domain,
-                                               "http://www." + domain + "/", status_of(i)));
+    ctl::append_trade(index, ctl::make_trade(kFirstId + static_cast<std::int32_t>(i), domain,
+                                             "http://www." + domain + "/", status_of(i)));
     const std::string title = "Partner " + number + ";Partner " + number + ": what is new";
     const std::string picture = "l/thumbs/" + domain + ".jpg";
-    site::append_columns(columns, domain,
-                         std::array<std::string_view, kNames.size()>{
-                             title, "Day walks and long routes, with maps to print.", picture,
-                             i % 3 == 0 ? "Outdoors" : "Kitchen", "English", "2007"});
+    ctl::append_columns(columns, domain,
+                        std::array<std::string_view, kNames.size()>{
+                            title, "Day walks and long routes, with maps to print.", picture,
+                            i % 3 == 0 ? "Outdoors" : "Kitchen", "English", "2007"});
   }
   write(site / kTradesPath, index);
   write(site / kExtraColumnsPath, columns);
@@ -159,11 +159,11 @@ void write_toplists(const fs::path& site, std::size_t toplists) {
     write(path, list_template(number));
     // A step that has no divisor in common with 60 passes through all values before one repeats.
     const std::string order_by = std::to_string(number * 7 % kOrderByValues + 1);
-    site::append_definition(definitions, {.template_name = file,
-                                          .output_path = name + ".html",
-                                          .order_by = order_by,
-                                          .check = sha1_file_hex(path)});
-    if (number % 3 == 0) site::append_setting(settings, file, "rin24=10");
+    ctl::append_definition(definitions, {.template_name = file,
+                                         .output_path = name + ".html",
+                                         .order_by = order_by,
+                                         .check = sha1_file_hex(path)});
+    if (number % 3 == 0) ctl::append_setting(settings, file, "rin24=10");
   }
   write(site / "d/tl/tl", definitions);
   write(site / "d/tl/tl.ext", settings);
@@ -175,7 +175,7 @@ void write_site(const fs::path& folder, const SiteSize& size) {
   for (const char* name : {"d/t", "d/h", "d/tl", "d/gr", "l/sys/net", "l/thumbs"}) {
     fs::create_directories(folder / name);
   }
-  write(folder / "d/tl/vantaig", site::encode_harvest_file({}));
+  write(folder / "d/tl/vantaig", ctl::encode_harvest_file({}));
   Random random(size.seed);
   write_trades(folder, size.trades);
   write_statistics(folder, size.trades, random);

@@ -18,8 +18,8 @@ struct TextCase {
 };
 
 /// Reads the cases of a file in tests/data. A line "=== NAME" begins a case, a line "--- NAME" one
-/// of its texts. There "\r", "\t" and "\0" are the bytes that they name, and a "\" at the end of a
-/// line keeps the line feed away.
+/// of its texts. There "\r", "\t", "\0" and hexadecimal ones such as "\xE4" are the bytes that they
+/// name, and a "\" at the end of a line keeps the line feed away.
 inline std::vector<TextCase> read_text_cases(const std::string& name) {
   std::ifstream file(TOPLIST_TEST_DATA "/" + name);
   std::vector<TextCase> cases;
@@ -35,6 +35,9 @@ inline std::vector<TextCase> read_text_cases(const std::string& name) {
       replace_all(line, "\\r", "\r");
       replace_all(line, "\\t", "\t");
       replace_all(line, "\\0", std::string(1, '\0'));
+      for (std::size_t at = 0; (at = line.find("\\x", at)) != std::string::npos; ++at) {
+        line.replace(at, 4, 1, static_cast<char>(std::stoi(line.substr(at + 2, 2), nullptr, 16)));
+      }
       *text += line;
     }
   }

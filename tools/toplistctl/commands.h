@@ -27,10 +27,16 @@ void add_digest_command(const Command& program);
 void add_expand_command(const Command& program);
 
 /// export trades|figures|toplist: a site's data as CSV.
-void add_export_command(CLI::App& app, int& exit_status);
+void add_export_command(const Command& program);
 
 /// import trades|figures FILE: a site's data from CSV.
-void add_import_command(CLI::App& app, int& exit_status);
+void add_import_command(const Command& program);
+
+/// set TRADE NAME=VALUE...: changes of one trade.
+void add_set_command(const Command& program);
+
+/// undo: puts the files of the last change back.
+void add_undo_command(const Command& program);
 
 /// sample DIR: creates a site of invented trades.
 void add_sample_command(const Command& program);

@@ -22,7 +22,6 @@
 
 #include "toplistctl/commands.h"
 #include "toplistctl/lib/output/console.h"
-#include "toplistctl/lib/output/printable.h"
 #include "toplistctl/lib/site_files/read_file.h"
 #include "toplistctl/lib/site_files/real_path.h"
 #include "toplistctl/lib/site_files/site_root.h"

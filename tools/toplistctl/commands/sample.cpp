@@ -6,7 +6,6 @@
 
 #include "run/statistics.h"
 #include "toplistctl/commands.h"
-#include "toplistctl/lib/formats/csv_errors.h"
 #include "toplistctl/lib/formats/figures_csv.h"
 #include "toplistctl/lib/formats/site_writer.h"
 #include "toplistctl/lib/formats/trades_csv.h"
@@ -18,18 +17,18 @@ namespace {
 
 /// What the commands import trades and import figures would do.
 Expected<NewSite> import_data(NewSite site) {
-  CsvErrors errors;
+  Diagnostics errors;
   const ImportedTrades trades =
       import_trades(content("trades.csv"), {}, site.files[kExtraColumnsPath], errors);
   const auto no_history = [](std::string_view) { return std::optional<PeriodBlock>(); };
-  const ImportedFigures figures = import_figures(content("figures.csv"), trades.trades,
-                                                 site.files[kSumPath], no_history, errors);
-  if (!errors.empty()) return failure(errors.told().front());
-  for (const TradeRecord& trade : trades.trades) site::append_trade(site.files[kTradesPath], trade);
+  const auto figures = import_figures(content("figures.csv"), trades.trades, site.files[kSumPath],
+                                      no_history, errors);
+  if (!errors.empty()) return failure(errors.front().message);
+  for (const TradeRecord& trade : trades.trades) append_trade(site.files[kTradesPath], trade);
   site.files[kExtraColumnsPath] = trades.columns;
-  site.files[kSumPath] = figures.sum;
-  for (const auto& [domain, totals] : figures.histories) {
-    site::append_history(site.files[history_path(domain)], 1, totals);
+  site.files[kSumPath] = figures->sum;
+  for (const auto& [domain, totals] : figures->histories) {
+    append_history(site.files[history_path(domain)], 1, totals);
   }
   return site;
 }

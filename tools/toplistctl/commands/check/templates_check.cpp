@@ -5,6 +5,7 @@
 #include "toplistctl/commands/check/check.h"
 #include "toplistctl/lib/diagnostics/kinds.h"
 #include "toplistctl/lib/site_files/read_file.h"
+#include "toplistctl/lib/templates/check_values.h"
 #include "toplistctl/lib/templates/source.h"
 #include "toplistctl/lib/templates/template_check.h"
 #include "util/fields.h"

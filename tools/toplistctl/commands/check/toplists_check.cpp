@@ -13,7 +13,7 @@
 #include "toplistctl/lib/site_files/real_path.h"
 #include "toplistctl/lib/site_files/site_root.h"
 #include "toplistctl/lib/site_files/writable.h"
-#include "toplistctl/lib/templates/digest.h"
+#include "toplistctl/lib/templates/check_values.h"
 #include "util/fields.h"
 #include "util/text_column.h"
 

@@ -5,7 +5,7 @@
 #include <span>
 
 #include "run/statistics.h"
-#include "toplistctl/lib/formats/text_views.h"
+#include "toplistctl/lib/formats/sum_file.h"
 #include "util/fields.h"
 #include "util/text.h"
 
@@ -85,10 +85,10 @@ const Columns& ColumnsFile::of(std::string_view domain) const {
   return found == columns_.end() ? kNone : found->second;
 }
 
-std::string ColumnsFile::with(const std::vector<DomainColumns>& wanted,
-                              std::size_t new_columns) const {
+std::string ColumnsFile::with(const std::vector<DomainColumns>& wanted, std::size_t new_columns,
+                              std::string_view left) const {
   std::unordered_map<std::string_view, const Columns*> given;
-  bool changes = text_.empty();
+  bool changes = text_.empty() || (!left.empty() && columns_.contains(left));
   for (const auto& [domain, columns] : wanted) {
     given.emplace(domain, &columns);
     changes = changes || !same_columns(columns, of(domain));
@@ -107,6 +107,7 @@ std::string ColumnsFile::with(const std::vector<DomainColumns>& wanted,
   for (std::size_t i = header_columns_; i < width; ++i)
     file.append(column_name(i)) += kFieldSeparator;
   for (const Line& line : lines_) {
+    if (!left.empty() && line.domain == left) continue;
     append_line(file, line.lead, line.domain, columns_for(line.domain), width);
   }
   for (const auto& [domain, columns] : wanted) {

@@ -44,8 +44,10 @@ class ColumnsFile {
   /// Otherwise lines of the file keep their order and their unread first field; those of one domain
   /// become one. Domains that had no line follow in the order given, if they have a column. Lines
   /// of domains that are not given stay. The header stays, and grows when there are more columns.
-  [[nodiscard]] std::string with(const std::vector<DomainColumns>& wanted,
-                                 std::size_t new_columns) const;
+  ///
+  /// Lines of the domain `left` go.
+  [[nodiscard]] std::string with(const std::vector<DomainColumns>& wanted, std::size_t new_columns,
+                                 std::string_view left = {}) const;
 
  private:
   struct Line {

@@ -1,13 +1,24 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "toplistctl/lib/diagnostics/diagnostic.h"
+
+/// Comma-separated values as of RFC 4180: text, and tables read from it.
 namespace toplist::ctl {
 
-/// Text of comma-separated values as of RFC 4180. A cell is quoted where a reader would take it for
-/// something else: a separator, a quote, a line break, blanks at an end that some cut off.
+/// What is wrong with a CSV file. It is no fault of a site, so no check reports it.
+inline constexpr Kind kCsvError{"csv", Effect::stop, "Correct the file and import it again."};
+
+/// Text of comma-separated values. A cell is quoted where a reader would take it for something
+/// else: a separator, a quote, a line break, blanks at an end that some cut off.
 class CsvText {
  public:
   void add(std::string_view cell);
@@ -21,6 +32,46 @@ class CsvText {
 
   std::string text_;
   bool row_begun_ = false;
+};
+
+/// A CSV file in memory: the names of its columns, and rows of as many cells. Errors go to the list
+/// given, with line and column, but no file.
+class CsvTable {
+ public:
+  /// Reads the file's text: cells quoted where need be, a header in front. Cells are separated by
+  /// ",", ";" or tabs, whichever the header's line holds most of. Cells hold any bytes, blanks at
+  /// their ends included. Empty lines and a byte order mark are passed over. A row of another
+  /// length than the header's is an error and left out; after a misplaced or missing quote nothing
+  /// more is read.
+  CsvTable(std::string_view text, Diagnostics& errors);
+
+  /// Reports columns that are not known, that are there twice, and required ones that are missing.
+  void check_header(const std::function<bool(std::string_view)>& is_known,
+                    std::span<const std::string_view> required);
+
+  [[nodiscard]] const std::vector<std::string>& header() const { return header_; }
+  [[nodiscard]] std::optional<std::size_t> column(std::string_view name) const;
+
+  [[nodiscard]] std::size_t rows() const { return lines_.size(); }
+  [[nodiscard]] std::string_view cell(std::size_t row, std::size_t column) const;
+  /// The cell as a whole number of 32 bits; anything else is an error, and gives nothing.
+  [[nodiscard]] std::optional<std::int32_t> number(std::size_t row, std::size_t column) const;
+
+  [[nodiscard]] std::size_t line(std::size_t row) const { return lines_[row]; }  ///< of its start
+  /// Reports an error in a cell.
+  void error(std::size_t row, std::size_t column, std::string_view message) const;
+
+ private:
+  class Reader;
+
+  void error_at(Place place, std::string message) const;
+
+  Diagnostics& errors_;
+  std::vector<std::string> header_;
+  std::size_t header_line_ = 1;
+  std::string cells_;              ///< all cells, one after the other
+  std::vector<std::size_t> ends_;  ///< where each cell ends in `cells_`, row by row
+  std::vector<std::size_t> lines_;
 };
 
 }  // namespace toplist::ctl

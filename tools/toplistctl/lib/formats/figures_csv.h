@@ -11,24 +11,30 @@
 
 #include "run/trade_record.h"
 #include "run/trade_row.h"
-#include "toplistctl/lib/formats/csv_errors.h"
+#include "toplistctl/lib/diagnostics/diagnostic.h"
+#include "toplistctl/lib/diagnostics/error.h"
+#include "toplistctl/lib/formats/changes.h"
 
 /// The figures of a site's trades as CSV: a line for each trade and period, with the columns id,
-/// period (60, 24, 07 or 99), rin, uin, out, clk, cef, ctt, ctg, rec, further1, further2, further3.
-/// A trade without a record in "d/t/sum" has no lines of the recent periods, one without a history
-/// none of period 99; in that period there are no further values: 0.
+/// period (60, 24, 07 or 99) and those of kFigures. A trade without a record in "d/t/sum" has no
+/// lines of the recent periods, one without a history none of period 99; in that period there are
+/// no further values: 0.
 namespace toplist::ctl {
 
 /// The totals of a domain's history; nothing when there is none.
-using Histories = std::function<std::optional<PeriodBlock>(std::string_view domain)>;
+using Histories = std::function<Expected<std::optional<PeriodBlock>>(std::string_view domain)>;
 
-/// `sum` is the text of "d/t/sum".
-std::string export_figures(std::span<const TradeRecord> trades, std::string_view sum,
-                           const Histories& histories);
+/// The totals of a history of the site in the working directory.
+Expected<std::optional<PeriodBlock>> read_history(std::string_view domain);
+
+/// `sum` is the text of "d/t/sum". An error is that of a history.
+Expected<std::string> export_figures(std::span<const TradeRecord> trades, std::string_view sum,
+                                     const Histories& histories);
 
 struct ImportedFigures {
   std::string sum;                                             ///< what "d/t/sum" is to hold
   std::vector<std::pair<std::string, PeriodBlock>> histories;  ///< that change: domain, totals
+  std::vector<TradeChange> changes;                            ///< in the order of the trades
 };
 
 /// Puts the CSV's figures into the site with these trades, this text of "d/t/sum" and these
@@ -37,8 +43,10 @@ struct ImportedFigures {
 /// A recent period of which there is a line is taken from the CSV for all trades: those without a
 /// line have 0 in it. Periods without any line, columns that the CSV does not have, histories
 /// without a line, and records of ids that the database does not know keep what they hold; unread
-/// fields of "d/t/sum" always do. The result only counts while there are no errors.
-ImportedFigures import_figures(std::string_view csv, std::span<const TradeRecord> trades,
-                               std::string_view sum, const Histories& histories, CsvErrors& errors);
+/// fields of "d/t/sum" always do. The result only counts while there are no `errors`; an Error is
+/// that of a history.
+Expected<ImportedFigures> import_figures(std::string_view csv, std::span<const TradeRecord> trades,
+                                         std::string_view sum, const Histories& histories,
+                                         Diagnostics& errors);
 
 }  // namespace toplist::ctl

@@ -8,7 +8,7 @@
 #include "util/fields.h"
 #include "util/text.h"
 
-namespace toplist::site {
+namespace toplist::ctl {
 namespace {
 
 constexpr std::size_t kUnusedPerPeriod = 3;
@@ -131,4 +131,4 @@ std::string encode_harvest_file(const HarvestFile& values) {
   return file;
 }
 
-}  // namespace toplist::site
+}  // namespace toplist::ctl

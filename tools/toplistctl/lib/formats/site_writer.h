@@ -15,7 +15,7 @@
 /// caller writes the bytes where the site keeps them. No file here escapes its field separator, so
 /// texts must hold neither "|" nor a line feed. Every record ends with a "|" and a line feed: the
 /// line feed counts for the first field of the record that follows, which the readers ignore.
-namespace toplist::site {
+namespace toplist::ctl {
 
 /// A record of "d/t/index" whose other members hold what the site stores by default. Texts are cut
 /// to what their fields can hold besides the closing NUL (75 and 119 bytes).
@@ -79,4 +79,4 @@ struct HarvestFile {
 
 std::string encode_harvest_file(const HarvestFile& values);
 
-}  // namespace toplist::site
+}  // namespace toplist::ctl

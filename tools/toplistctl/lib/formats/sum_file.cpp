@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "toplistctl/lib/formats/site_writer.h"
-#include "toplistctl/lib/formats/text_views.h"
 #include "util/fields.h"
 #include "util/number.h"
 #include "util/text.h"
@@ -55,7 +54,7 @@ class SumEditor {
 
   void add_new(const std::string& id) {
     if (!file_.empty()) file_ += kLineSeparator;
-    site::append_sum(file_, {parse_int32(id), edit_.values.at(id)});
+    append_sum(file_, {parse_int32(id), edit_.values.at(id)});
     file_.pop_back();  // the line break is that of the record behind it
   }
 
@@ -126,12 +125,18 @@ void read_sum(std::string_view text,
   }
 }
 
-std::string edited_sum(std::string_view text, const SumEdit& edit) {
+std::unordered_map<std::string, RecentPeriods> stored_figures(std::string_view text,
+                                                              const SumEdit& edit) {
   std::unordered_map<std::string, RecentPeriods> stored;
   read_sum(text, [&](std::string_view id) -> RecentPeriods* {
     const auto wanted = edit.values.find(std::string(id));
     return wanted == edit.values.end() ? nullptr : &stored[wanted->first];
   });
+  return stored;
+}
+
+std::string edited_sum(std::string_view text, const SumEdit& edit) {
+  const auto stored = stored_figures(text, edit);
   std::vector<std::string> new_ids;
   std::copy_if(edit.listed.begin(), edit.listed.end(), std::back_inserter(new_ids),
                [&stored](const std::string& id) { return !stored.contains(id); });

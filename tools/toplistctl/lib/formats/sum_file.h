@@ -16,6 +16,16 @@
 /// "d/t/sum" for those who change single figures in it.
 namespace toplist::ctl {
 
+/// Where a field, a view into `text`, begins in it.
+inline std::size_t begin_of(std::string_view text, std::string_view field) {
+  return static_cast<std::size_t>(field.data() - text.data());
+}
+
+/// Where the text goes on after the field and the separator that ends it.
+inline std::size_t behind(std::string_view text, std::string_view field) {
+  return std::min(begin_of(text, field) + field.size() + 1, text.size());
+}
+
 inline constexpr std::size_t kRecentPeriods = 3;
 using RecentPeriods = std::array<PeriodBlock, kRecentPeriods>;  ///< 60, 24 and 07
 
@@ -24,11 +34,22 @@ inline constexpr std::size_t kFieldsBeforePeriods = 2;
 inline constexpr std::size_t kPeriodFields = (kSumFields - kFieldsBeforePeriods) / kRecentPeriods;
 inline constexpr std::size_t kFirstFurther = kPeriodFields - PeriodBlock{}.further.size();
 
-/// Where a counter stands in a period.
-constexpr std::size_t field_of(Counter counter) {
-  return static_cast<std::size_t>(std::find(kFileOrder.begin(), kFileOrder.end(), counter) -
-                                  kFileOrder.begin());
-}
+/// A figure of a period, and its field there.
+struct Figure {
+  std::string_view name;
+  std::size_t field;
+};
+
+/// All figures that the file holds of a period, in the order of CSV columns.
+inline constexpr auto kFigures = [] {
+  std::array<Figure, kCounters.size() + kFurtherNames.size()> figures{};
+  Figure* figure = figures.data();
+  for (const CounterEntry& counter : kCounters) *figure++ = {counter.name, counter.file_position};
+  for (std::size_t i = 0; i < kFurtherNames.size(); ++i) {
+    *figure++ = {kFurtherNames[i], kFirstFurther + i};
+  }
+  return figures;
+}();
 
 /// The figure in that field of a period; nullptr for an unread field.
 std::int32_t* figure_at(PeriodBlock& block, std::size_t field);
@@ -46,6 +67,10 @@ struct SumEdit {
   std::unordered_map<std::string, RecentPeriods> values;  ///< by id; others keep theirs
   std::vector<std::string> listed;  ///< ids that get a record when they have none
 };
+
+/// The figures that the text holds, by id, of the ids in `edit.values` that have a record.
+std::unordered_map<std::string, RecentPeriods> stored_figures(std::string_view text,
+                                                              const SumEdit& edit);
 
 /// The file's text with these figures; as it was when it holds them already.
 ///

@@ -7,7 +7,8 @@
 #include <vector>
 
 #include "run/trade_record.h"
-#include "toplistctl/lib/formats/csv_errors.h"
+#include "toplistctl/lib/diagnostics/diagnostic.h"
+#include "toplistctl/lib/formats/changes.h"
 
 /// The trades of a site as CSV: "id,domain,url,status" and the extra columns, title to att99. A
 /// line for each record of "d/t/index", in the order of the file.
@@ -17,20 +18,36 @@ namespace toplist::ctl {
 /// them has, or the file's header; alternatives are given as they stand.
 std::string export_trades(std::span<const TradeRecord> trades, std::string_view columns);
 
-struct ImportedTrades {
-  std::vector<TradeRecord> trades;  ///< what "d/t/index" is to hold,
-  std::string columns;              ///< and "d/tl/tl.a1"
-  std::size_t added = 0;            ///< trades whose id is new
-  std::size_t removed = 0;          ///< trades whose id is not in the CSV
-  std::size_t fillers = 0;          ///< records of no trade, up to the fewest that a run takes
+/// What becomes of HTML in new texts.
+enum class Markup {
+  refuse,  ///< it is an error
+  escape,  ///< "&", "<", ">" and quotes become entities, in the extra columns
+  raw,     ///< texts are taken as they are, also those that are not UTF-8
 };
 
-/// Makes the CSV's lines the trades of the site that holds `trades` and the text `columns`.
+struct TradesImport {
+  Markup markup = Markup::refuse;
+  bool remove_missing = false;  ///< trades that the CSV does not list go
+  /// A domain that no trade has afterwards: its line goes from "d/tl/tl.a1".
+  std::string_view left_domain = {};
+};
+
+struct ImportedTrades {
+  std::vector<TradeRecord> trades;   ///< what "d/t/index" is to hold,
+  std::string columns;               ///< and "d/tl/tl.a1"
+  std::vector<TradeChange> changes;  ///< in the order of the lines, then those removed
+  std::size_t unchanged = 0;         ///< trades that stay as they are
+  std::size_t fillers = 0;           ///< new records of no trade, up to the fewest a run takes
+};
+
+/// Puts the CSV's lines into the site that holds `trades` and the text `columns`.
 ///
-/// Records come in the order of the lines. Of an id that stays all bytes stay which the CSV does
-/// not change, and a column that the CSV does not have keeps what stands; in the record of a new id
-/// everything not given has its default. The result only counts while there are no errors.
+/// Records keep their places, and new ones follow in the order of the lines. Of a record all bytes
+/// stay which the CSV does not change, and a column that the CSV does not have keeps what it holds;
+/// in the record of a new id everything not given has its default. Only texts that change are
+/// checked. The result only counts while there are no errors.
 ImportedTrades import_trades(std::string_view csv, std::span<const TradeRecord> trades,
-                             std::string_view columns, CsvErrors& errors);
+                             std::string_view columns, Diagnostics& errors,
+                             const TradesImport& how = {});
 
 }  // namespace toplist::ctl

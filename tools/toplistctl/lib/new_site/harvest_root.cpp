@@ -62,13 +62,13 @@ void share(NewSite& root, const fs::path& path) {
 
 /// What the site's configuration becomes where nothing but the harvest is done.
 std::string harvesting(const HarvestConfig& config) {
-  return site::encode_harvest_file({.thumb_dir = config.thumb_dir(),
-                                    .image_tool = config.image_tool(),
-                                    .image_tool_args = config.image_tool_args(),
-                                    .unused = config.lines[3],
-                                    .fetch_method = config.fetch_method(),
-                                    .thumbnail_optional = "1",
-                                    .harvest = "1"});
+  return encode_harvest_file({.thumb_dir = config.thumb_dir(),
+                              .image_tool = config.image_tool(),
+                              .image_tool_args = config.image_tool_args(),
+                              .unused = config.lines[3],
+                              .fetch_method = config.fetch_method(),
+                              .thumbnail_optional = "1",
+                              .harvest = "1"});
 }
 
 /// The folders for downloads. Whoever may write the site's log may write there.

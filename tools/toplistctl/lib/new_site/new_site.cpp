@@ -47,21 +47,6 @@ tl::unexpected<Error> cannot_create(const fs::path& path, int code, std::string 
       Error{"cannot create", path.string(), code, std::move(advice) + "Nothing was created"});
 }
 
-/// Root becomes the first other owner of anything on the path.
-Expected<void> give_up_root(const fs::path& path) {
-  fs::path way;
-  for (const fs::path& part : path) {
-    way /= part;
-    struct stat link {
-    }, folder{};
-    if (::geteuid() != 0 || ::lstat(way.c_str(), &link) != 0) return {};
-    if (::stat(way.c_str(), &folder) != 0) folder = link;
-    const struct stat& owned = link.st_uid != 0 ? link : folder;
-    if (owned.st_uid != 0) return act_as(owned.st_uid, owned.st_gid);
-  }
-  return {};
-}
-
 /// Opens a folder of the caller's. A link is not followed: whoever may rename things in `parent`
 /// could have put one there.
 UniqueFd open_own_folder(int parent, const std::string& name) {
@@ -183,7 +168,7 @@ class Draft {
 
   void allow(const std::string& path, const Access& access) const {
     (void)!::fchownat(draft_.get(), path.c_str(), access.uid, access.gid, AT_SYMLINK_NOFOLLOW);
-    ::fchmodat(draft_.get(), path.c_str(), access.mode, 0);
+    (void)!::fchmodat(draft_.get(), path.c_str(), access.mode, 0);
   }
 
   fs::path target_;

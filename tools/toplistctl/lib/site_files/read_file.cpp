@@ -43,7 +43,7 @@ Expected<std::string> read_rest(const UniqueFd& fd, const std::string& path, std
   std::string text;
   for (std::size_t size = 0;;) {
     // One byte more than the file holds, so that its end shows without growing once more.
-    if (size == text.size()) text.resize(size + expected + 1);
+    if (size == text.size()) text.resize(std::max(size + size / 2, expected) + 1);
     if (text.size() > kMostFileBytes) {
       return tl::unexpected(not_readable(path, "It is larger than 1 GiB"));
     }
@@ -62,6 +62,12 @@ Expected<std::string> read_rest(const UniqueFd& fd, const std::string& path, std
 Expected<std::string> read_file(const std::string& path) {
   return open_regular(path).and_then(
       [&path](const OpenFile& file) { return read_rest(file.fd, path, file.size); });
+}
+
+Expected<std::string> read_input(const std::string& path) {
+  const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+  if (!fd) return system_error("cannot open", path, errno);
+  return read_rest(fd, path, 0);
 }
 
 Expected<FileEnd> read_file_end(const std::string& path, std::size_t most) {

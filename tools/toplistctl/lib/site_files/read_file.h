@@ -27,7 +27,10 @@ Expected<FileEnd> read_file_end(const std::string& path, std::size_t most);
 /// end.
 Expected<std::string> read_file(const std::string& path);
 
-/// The same; nothing when there is no such file.
+/// The same of a file of any kind, such as a pipe, that ends by itself.
+Expected<std::string> read_input(const std::string& path);
+
+/// The whole of a regular file; nothing when there is no such file.
 Expected<std::optional<std::string>> read_file_if_there(const std::string& path);
 
 }  // namespace toplist::ctl
