@@ -124,6 +124,7 @@ const Edit kEdits[] = {
     {"move", 2, [](S s, T file, T to, T) { fs::rename(s.path(file), s.path(to)); }},
     {"copy", 2, [](S s, T file, T to, T) { s.write(to, s.read(file)); }},
     {"folder", 1, [](S s, T folder, T, T) { s.make_dir(folder); }},
+    {"fifo", 1, [](S s, T fifo, T, T) { EXPECT_EQ(::mkfifo(s.path(fifo).c_str(), 0600), 0); }},
     {"link", 2, [](S s, T link, T target, T) { fs::create_symlink(target, s.path(link)); }},
     {"hardlink", 2,
      [](S s, T link, T target, T) { fs::create_hard_link(s.path(target), s.path(link)); }},
