@@ -7,7 +7,6 @@
 #include "run/statistics.h"
 #include "toplistctl/lib/diagnostics/report.h"
 #include "toplistctl/lib/output/console.h"
-#include "toplistctl/lib/output/printable.h"
 #include "toplistctl/lib/site_files/read_file.h"
 
 namespace toplist::ctl {
