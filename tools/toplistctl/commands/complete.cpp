@@ -13,7 +13,7 @@
 #include "toplistctl/lib/formats/order_names.h"
 #include "toplistctl/lib/output/console.h"
 #include "toplistctl/lib/site_files/read_file.h"
-#include "toplistctl/lib/site_files/read_trades.h"
+#include "toplistctl/lib/site_files/site_data.h"
 #include "toplistctl/lib/site_files/site_root.h"
 
 namespace toplist::ctl {

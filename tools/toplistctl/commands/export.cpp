@@ -16,6 +16,7 @@
 #include "toplistctl/lib/output/console.h"
 #include "toplistctl/lib/output/records.h"
 #include "toplistctl/lib/site_files/read_file.h"
+#include "toplistctl/lib/site_files/site_data.h"
 #include "toplistctl/lib/site_files/site_root.h"
 #include "toplistctl/lib/site_view/site_view.h"
 #include "util/number.h"
@@ -23,20 +24,18 @@
 namespace toplist::ctl {
 namespace {
 
-/// A file that must be there.
 Expected<std::string> trades_csv() {
-  return read_file(kTradesPath).and_then([](const std::string& trades) {
+  return read_trades().and_then([](const std::vector<TradeRecord>& trades) {
     return read_file(kExtraColumnsPath).map([&trades](const std::string& columns) {
-      return export_trades(parse_trades(trades), columns);
+      return export_trades(trades, columns);
     });
   });
 }
 
 Expected<std::string> figures_csv() {
-  return read_file(kTradesPath).and_then([](const std::string& trades) {
-    return read_file(kSumPath).and_then([&trades](const std::string& sum) {
-      return export_figures(parse_trades(trades), sum, read_history);
-    });
+  return read_trades().and_then([](const std::vector<TradeRecord>& trades) {
+    return read_file(kSumPath).and_then(
+        [&trades](const std::string& sum) { return export_figures(trades, sum, read_history); });
   });
 }
 
@@ -57,8 +56,8 @@ std::string ranked_trades(const ToplistView& toplist, Format format) {
   Records records(std::move(names));
   std::size_t rank = 0;
   for (const TradeRow* row : toplist.passing) {
-    std::vector<Json> values{rank++, parse_int32(row->id), row->domain, row->url,
-                             order_figure(*row, toplist.definition->order_by)};
+    List values{rank++, parse_int32(row->id), row->domain, row->url,
+                order_figure(*row, toplist.definition->order_by)};
     for (std::size_t i = 0; i < width; ++i) {
       values.emplace_back(i < row->extra_columns.size() ? row->extra_columns[i] : "");
     }

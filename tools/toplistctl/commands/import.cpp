@@ -93,7 +93,7 @@ Expected<int> import_trades_csv(std::string_view csv, const Arguments& arguments
 
 Expected<int> import_figures_csv(std::string_view csv, const Arguments& arguments,
                                  std::optional<SiteChange>& change) {
-  const auto trades = read_trades();
+  const auto trades = read_trades_if_there();
   if (!trades) return tl::unexpected(nothing_changed(trades.error()));
   const auto sum = read_file_if_there(kSumPath);
   if (!sum) return tl::unexpected(nothing_changed(sum.error()));

@@ -22,8 +22,8 @@
 
 #include "toplistctl/commands.h"
 #include "toplistctl/lib/output/console.h"
+#include "toplistctl/lib/site_files/paths.h"
 #include "toplistctl/lib/site_files/read_file.h"
-#include "toplistctl/lib/site_files/real_path.h"
 #include "toplistctl/lib/site_files/site_root.h"
 #include "toplistctl/lib/site_view/site_view.h"
 #include "util/file.h"

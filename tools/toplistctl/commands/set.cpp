@@ -34,9 +34,7 @@ struct Arguments {
 Expected<TradeRecord> find_trade(const std::vector<TradeRecord>& trades, const std::string& name) {
   std::vector<TradeRecord> found;
   std::copy_if(trades.begin(), trades.end(), std::back_inserter(found),
-               [&name](const TradeRecord& trade) {
-                 return std::to_string(trade.trade_id) == name || domain_of(trade) == name;
-               });
+               [&name](const TradeRecord& trade) { return is_called(trade, name); });
   if (found.empty()) return failure(fmt::format("{} has no trade {}", kTradesPath, name));
   if (found.size() == 1) return found.front();
   return failure(

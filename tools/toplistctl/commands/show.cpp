@@ -20,7 +20,7 @@
 #include "toplistctl/lib/output/console.h"
 #include "toplistctl/lib/output/records.h"
 #include "toplistctl/lib/site_files/read_file.h"
-#include "toplistctl/lib/site_files/read_trades.h"
+#include "toplistctl/lib/site_files/site_data.h"
 #include "toplistctl/lib/site_files/site_root.h"
 #include "toplistctl/lib/site_view/site_view.h"
 #include "toplistctl/lib/templates/template_walk.h"

@@ -15,7 +15,7 @@
 #include "toplistctl/lib/diagnostics/diagnostic.h"
 #include "toplistctl/lib/output/console.h"
 #include "toplistctl/lib/site_files/read_file.h"
-#include "toplistctl/lib/site_files/read_trades.h"
+#include "toplistctl/lib/site_files/site_data.h"
 #include "toplistctl/lib/site_files/site_root.h"
 #include "util/text.h"
 

@@ -10,9 +10,8 @@
 #include "toplistctl/commands/check/check.h"
 #include "toplistctl/lib/diagnostics/kinds.h"
 #include "toplistctl/lib/new_site/harvest_root.h"
-#include "toplistctl/lib/site_files/real_path.h"
+#include "toplistctl/lib/site_files/paths.h"
 #include "toplistctl/lib/site_files/site_root.h"
-#include "toplistctl/lib/site_files/writable.h"
 #include "toplistctl/lib/templates/check_values.h"
 #include "util/fields.h"
 #include "util/text_column.h"
@@ -30,7 +29,7 @@ struct OutputFault {
 
 std::optional<OutputFault> output_fault(const std::string& path) {
   namespace fs = std::filesystem;
-  if (can_be_written(path)) return std::nullopt;
+  if (!why_not_writable(path)) return std::nullopt;
   std::error_code ignored;
   if (fs::is_directory(path, ignored)) return OutputFault{&kinds::kOutput, "it is a folder"};
   const fs::path page = real_path(path);

@@ -19,13 +19,21 @@ std::string_view bytes_of(const std::vector<TradeRecord>& trades) {
 }  // namespace
 
 Expected<std::vector<TradeRecord>> read_trades() {
+  return read_file(kTradesPath).map(parse_trades);
+}
+
+Expected<std::vector<TradeRecord>> read_trades_if_there() {
   return read_file_if_there(kTradesPath).map([](const std::optional<std::string>& bytes) {
     return parse_trades(bytes.value_or(""));
   });
 }
 
+bool is_called(const TradeRecord& trade, std::string_view name) {
+  return domain_of(trade) == name || std::to_string(trade.trade_id) == name;
+}
+
 Expected<SiteTrades> read_site_trades() {
-  auto trades = read_trades();
+  auto trades = read_trades_if_there();
   if (!trades) return tl::unexpected(trades.error());
   auto columns = read_file_if_there(kExtraColumnsPath);
   if (!columns) return tl::unexpected(columns.error());

@@ -15,8 +15,14 @@
 /// The trades of the site in the working directory, read to be changed.
 namespace toplist::ctl {
 
-/// The records of "d/t/index"; none when there is no such file.
+/// The records of "d/t/index"; an error if there is no such file.
 Expected<std::vector<TradeRecord>> read_trades();
+
+/// The same; none when there is no such file.
+Expected<std::vector<TradeRecord>> read_trades_if_there();
+
+/// Whether `name` is the trade's domain or, in the digits of a plain number, its id.
+bool is_called(const TradeRecord& trade, std::string_view name);
 
 struct SiteTrades {
   std::vector<TradeRecord> trades;     ///< "d/t/index"

@@ -3,16 +3,14 @@
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <system_error>
 #include <utility>
 
 #include "render/render.h"
 #include "toplist/ranking.h"
 #include "toplist/toplist_stage.h"
+#include "toplistctl/lib/site_files/paths.h"
 #include "toplistctl/lib/site_files/read_file.h"
-#include "toplistctl/lib/site_files/real_path.h"
-#include "toplistctl/lib/site_files/writable.h"
 
 namespace toplist::ctl {
 namespace {
@@ -188,9 +186,8 @@ void Rehearsal::unopened_folder(const std::string& folder) {
 }
 
 bool Rehearsal::write_page(const std::string& path, std::string_view page) {
-  if (!can_be_written(path)) {
-    const int error = errno;
-    failure_ = Error{"cannot open", path, error, {}}.text();
+  if (const auto why = why_not_writable(path)) {
+    failure_ = why->text();
     return false;
   }
   pages_.insert_or_assign(real_path(path), record_);

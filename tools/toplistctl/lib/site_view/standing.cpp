@@ -9,7 +9,7 @@
 #include "run/statistics.h"
 #include "toplist/ranking.h"
 #include "toplistctl/lib/site_files/read_file.h"
-#include "toplistctl/lib/site_files/read_trades.h"
+#include "toplistctl/lib/site_files/site_data.h"
 #include "toplistctl/lib/templates/template_walk.h"
 #include "util/fields.h"
 

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <filesystem>
 #include <map>
 #include <system_error>
@@ -14,9 +13,8 @@
 #include "render/render.h"
 #include "run/sys_log.h"
 #include "toplistctl/lib/diagnostics/diagnostic.h"
+#include "toplistctl/lib/site_files/paths.h"
 #include "toplistctl/lib/site_files/read_file.h"
-#include "toplistctl/lib/site_files/real_path.h"
-#include "toplistctl/lib/site_files/writable.h"
 #include "util/fields.h"
 #include "util/text.h"
 
@@ -171,8 +169,9 @@ std::optional<LittleRoom> little_room(const SiteView& site) {
 }
 
 std::optional<std::string> log_fault() {
-  if (can_be_written(kLogPath)) return std::nullopt;
-  return "the log cannot be written: " + std::generic_category().message(errno);
+  const auto why = why_not_writable(kLogPath);
+  if (!why) return std::nullopt;
+  return "the log cannot be written: " + std::generic_category().message(why->code);
 }
 
 SiteStatus status_of(const SiteView& site, const StatusLimits& limits, std::time_t now) {
