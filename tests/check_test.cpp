@@ -11,6 +11,7 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <map>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -225,7 +226,9 @@ TEST(Check, FindsEachFaultAndARunAgrees) {
     SCOPED_TRACE(broken.name);
     const CleanSite site;
     for (const std::string& line : lines_of(broken.texts["edit"])) apply_edit(site, line);
-    const auto before = site.contents();
+    const std::string run = broken.texts["run"].empty() ? "builds\n" : broken.texts["run"];
+    const bool is_run = run != "not run\n";  // it would use the network, or read without end
+    const auto before = is_run ? site.contents() : std::map<std::string, std::string>();
     const InSite in_site(site);
     // The programs' folder is in the site, for tests to put them there.
     const Diagnostics findings =
@@ -236,11 +239,9 @@ TEST(Check, FindsEachFaultAndARunAgrees) {
       const std::string text = findings[0].message + "\n" + std::string(findings[0].kind->advice);
       EXPECT_NE(text.find(said), std::string::npos) << said << " in: " << text;
     }
+    if (!is_run) continue;
     EXPECT_EQ(site.contents(), before);
-    const std::string run = broken.texts["run"].empty() ? "builds\n" : broken.texts["run"];
-    if (run != "not run\n") {
-      EXPECT_EQ(run_of(site) + "\n", run);
-    }
+    EXPECT_EQ(run_of(site) + "\n", run);
   }
 }
 
