@@ -55,7 +55,7 @@ class DefinitionCheck {
     if (!is_order_value(definition_.order_by)) {
       report(kinds::kOrderBy, fmt::format("the order-by value is \"{}\"", definition_.order_by));
     }
-    if (toplist_.passing.empty() && !site_.run.rows.empty() && !is_unusable_) {
+    if (toplist_.passing.empty() && !toplist_.ranking.empty()) {
       report(kinds::kEmptyToplist, "no trade passes its settings: " + drops());
     }
   }
@@ -75,13 +75,17 @@ class DefinitionCheck {
     if (!needs_value && definition_.build_mode != "2") {
       report(kinds::kBuildMode, fmt::format("the build mode is \"{}\"", definition_.build_mode));
     } else if (!text) {
-      is_unusable_ = faults.front().kind == &kinds::kUnusableFile;
       report(*faults.front().kind, "the template: " + faults.front().message);
-    } else if (!toplist_.allowed) {
+    } else if (!toplist_.allowed && is_ranked()) {
       report(kinds::kCheckValue,
              fmt::format("the check value is \"{}\", but the template's is \"{}\"",
                          definition_.check_value, check_value_of(*text)));
     }
+  }
+
+  /// Not when a file that a run would read without end is among its groups.
+  [[nodiscard]] bool is_ranked() const {
+    return !toplist_.ranking.empty() || site_.run.rows.empty();
   }
 
   [[nodiscard]] std::string drops() const {
@@ -103,7 +107,6 @@ class DefinitionCheck {
   const ToplistView& toplist_;
   const ToplistDefinition& definition_;
   Diagnostics& findings_;
-  bool is_unusable_ = false;  ///< the template, which then was not read
 };
 
 // --- settings ---

@@ -22,7 +22,7 @@ void check_size(std::size_t bytes, const SiteView& site, Diagnostics& findings) 
   if (count < kFewestTrades) {
     add(findings, kinds::kTooFewRecords, {.file = kTradesPath}, "the file holds {}, a run needs {}",
         count_of(count, "record"), kFewestTrades);
-  } else if (site.run.rows.empty()) {
+  } else if (std::none_of(site.run.trades.begin(), site.run.trades.end(), is_active)) {
     add(findings, kinds::kNoActiveTrades, {.file = kTradesPath}, "none of the {} has status 1",
         count_of(count, "trade"));
   }
