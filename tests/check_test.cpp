@@ -11,6 +11,7 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <map>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -124,6 +125,7 @@ const Edit kEdits[] = {
     {"move", 2, [](S s, T file, T to, T) { fs::rename(s.path(file), s.path(to)); }},
     {"copy", 2, [](S s, T file, T to, T) { s.write(to, s.read(file)); }},
     {"folder", 1, [](S s, T folder, T, T) { s.make_dir(folder); }},
+    {"fifo", 1, [](S s, T fifo, T, T) { EXPECT_EQ(::mkfifo(s.path(fifo).c_str(), 0600), 0); }},
     {"link", 2, [](S s, T link, T target, T) { fs::create_symlink(target, s.path(link)); }},
     {"hardlink", 2,
      [](S s, T link, T target, T) { fs::create_hard_link(s.path(target), s.path(link)); }},
@@ -224,7 +226,9 @@ TEST(Check, FindsEachFaultAndARunAgrees) {
     SCOPED_TRACE(broken.name);
     const CleanSite site;
     for (const std::string& line : lines_of(broken.texts["edit"])) apply_edit(site, line);
-    const auto before = site.contents();
+    const std::string run = broken.texts["run"].empty() ? "builds\n" : broken.texts["run"];
+    const bool is_run = run != "not run\n";  // it would use the network, or read without end
+    const auto before = is_run ? site.contents() : std::map<std::string, std::string>();
     const InSite in_site(site);
     // The programs' folder is in the site, for tests to put them there.
     const Diagnostics findings =
@@ -235,11 +239,9 @@ TEST(Check, FindsEachFaultAndARunAgrees) {
       const std::string text = findings[0].message + "\n" + std::string(findings[0].kind->advice);
       EXPECT_NE(text.find(said), std::string::npos) << said << " in: " << text;
     }
+    if (!is_run) continue;
     EXPECT_EQ(site.contents(), before);
-    const std::string run = broken.texts["run"].empty() ? "builds\n" : broken.texts["run"];
-    if (run != "not run\n") {
-      EXPECT_EQ(run_of(site) + "\n", run);
-    }
+    EXPECT_EQ(run_of(site) + "\n", run);
   }
 }
 

@@ -120,6 +120,9 @@ Paths paths_of_trades(const SiteView& site, const PathOf& path_of) {
 
 void check_pages(const SiteView& site, Diagnostics& findings) {
   OverwriteCheck(site, findings).check();
+  if (const auto room = little_room(site)) {
+    add(findings, kinds::kLittleRoom, {.file = room->folder}, "{}", room->text);
+  }
   for (const PageStatus& page : page_statuses(site, kDaySeconds, std::time(nullptr))) {
     if (page.cut) {
       add(findings, kinds::kCutPage, {.file = page.page}, "{}", *page.cut);
@@ -129,9 +132,6 @@ void check_pages(const SiteView& site, Diagnostics& findings) {
       add(findings, kinds::kOldPage, {.file = page.page}, "the page was written {} ago",
           duration_text(*page.age));
     }
-  }
-  if (const auto room = little_room(site)) {
-    add(findings, kinds::kLittleRoom, {.file = room->folder}, "{}", room->text);
   }
 }
 

@@ -75,7 +75,6 @@ const std::vector<Cause>& causes() {
       {kEmptyGroup, {}, {&kEmptyToplist}},
       {kUnfinishedChange, {}, {&kLeftoverFile}},
       {kOverwrittenFile, {}, {&kCutPage}},
-      {kLittleRoom, {}, {&kCutPage}},
   };
   return table;
 }

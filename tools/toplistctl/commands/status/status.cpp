@@ -10,7 +10,7 @@
 
 #include "toplistctl/commands.h"
 #include "toplistctl/lib/output/console.h"
-#include "toplistctl/lib/output/table.h"
+#include "toplistctl/lib/output/records.h"
 #include "toplistctl/lib/output/value.h"
 #include "toplistctl/lib/site_files/site_root.h"
 #include "util/text.h"

@@ -4,7 +4,7 @@
 #include <set>
 #include <vector>
 
-#include "toplistctl/lib/output/table.h"
+#include "toplistctl/lib/output/records.h"
 
 namespace toplist::ctl {
 namespace {

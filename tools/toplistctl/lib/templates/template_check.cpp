@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <map>
+#include <optional>
 #include <set>
 #include <tuple>
 #include <utility>
@@ -45,8 +46,16 @@ class TemplateCheck {
                    .stray = [this](const StraySpot& stray) { add_stray(stray); },
                    .open_block = [this](std::size_t line) { add_open_block(line); }});
     for (const auto& [key, repeated] : repeated_) {
-      if (repeated.times == 1) continue;
-      findings_[repeated.finding].message += fmt::format(", and {} more", repeated.times - 1);
+      std::string& message = findings_[repeated.finding].message;
+      if (key.first == &kinds::kTooManyTags) {
+        message = "left unfilled from here on: " + count_of(repeated.times, "tag");
+      } else if (repeated.times > 1) {
+        message += fmt::format(", and {} more", repeated.times - 1);
+      }
+    }
+    if (unfilled_lines_ > 0) {
+      findings_[*malformed_].message +=
+          ", which leaves tags unfilled on " + count_of(unfilled_lines_, "later line");
     }
   }
 
@@ -83,8 +92,9 @@ class TemplateCheck {
   }
 
   void add_malformed(const TagSpot& tag) {
+    if (!malformed_) malformed_ = findings_.size();
     add(kinds::kMalformedTag, place_of_(tag.line, tag.column),
-        in_quotes(tag_text(tag)) + (tag.from_value ? ", put there by a value" : ""));
+        in_quotes(tag_text(tag)) + " is no tag" + (tag.from_value ? "; a value holds it" : ""));
   }
 
   void add_open_block(std::size_t line) {
@@ -96,6 +106,9 @@ class TemplateCheck {
   void check_tag(const TagSpot& tag) {
     const bool is_first_of_line = std::exchange(last_line_, tag.line) != tag.line;
     if (tag.passes > kPassLimit + 1 && !is_first_of_line) add_once(kinds::kTooManyTags, "", tag);
+    if (malformed_ && !is_first_of_line && std::exchange(unfilled_line_, tag.line) != tag.line) {
+      ++unfilled_lines_;
+    }
     if (!tag.tag) return add_malformed(tag);
     if (tag.from_value) return;  // the value is at fault, and reported where it comes from
     check_name(tag);
@@ -126,6 +139,9 @@ class TemplateCheck {
   const PlaceOf& place_of_;
   Diagnostics& findings_;
   std::size_t last_line_ = 0;
+  std::optional<std::size_t> malformed_;  ///< the finding of the first malformed tag
+  std::size_t unfilled_line_ = 0;         ///< the last line that it leaves unfilled,
+  std::size_t unfilled_lines_ = 0;        ///< and how many there are
   std::set<std::tuple<const Kind*, std::string, Place>> told_;
   std::map<std::pair<const Kind*, std::string>, Repeated> repeated_;
 };

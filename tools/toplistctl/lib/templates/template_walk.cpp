@@ -33,8 +33,9 @@ class LineWalk {
       if (text.size() < kShortTagLength) return visitor_.stray({number, column});
 
       const std::optional<Tag> tag = read_tag(text);
-      visitor_.tag({text, number, column, text.size() > untouched, tag, ++passes_});
-      if (!tag || passes_ > last_pass) return;
+      const bool from_value = text.size() > untouched;
+      visitor_.tag({text, number, column, from_value, tag, ++passes_});
+      if (!tag || (from_value && passes_ > last_pass)) return;
       value.clear();
       pending.drop(expand_tag(*tag, rows_, value));
       untouched = std::min(untouched, pending.text().size());
