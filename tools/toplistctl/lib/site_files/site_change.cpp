@@ -183,10 +183,7 @@ Expected<void> put_all_back(const Manifest& manifest) {
     if (!*waits || entry.what == kRemoved) done = put_back(entry, kept_file(kFolder, i), *real);
   }
   if (!done) return done;
-  return sync_files(paths.folders())
-      .and_then([] { return rename_file(kFolder, kNextFolder); })
-      .and_then(
-          [] { return if_there(kOldFolder, [] { return rename_file(kOldFolder, kFolder); }); });
+  return sync_files(paths.folders()).and_then([] { return rename_file(kFolder, kNextFolder); });
 }
 
 /// Brings the site to where no change is under way: undoes an unfinished one, and removes what is
@@ -349,9 +346,10 @@ Expected<std::optional<Undone>> undo_last_change(bool force) {
           changed->front(), manifest->title(), kNothingChanged));
     }
   }
-  if (const auto done = put_all_back(*manifest); !done) {
-    return tl::unexpected(with_state(done.error()));
-  }
+  auto done = put_all_back(*manifest);
+  // Once more, so that a passing failure does not leave some files new and some old.
+  if (!done && is_there(kFolder + kUnfinished).value_or(false)) done = put_all_back(*manifest);
+  if (!done) return tl::unexpected(with_state(done.error()));
   (void)settle();  // the next change removes what stays
   Undone undone{manifest->title(), {}};
   for (const Entry& entry : manifest->entries) undone.files.push_back(entry.path);
