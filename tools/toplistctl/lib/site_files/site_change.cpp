@@ -4,10 +4,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <ctime>
 #include <exception>
+#include <filesystem>
 #include <utility>
 
 #include "toplistctl/lib/output/console.h"
@@ -15,6 +17,7 @@
 #include "toplistctl/lib/site_files/read_file.h"
 #include "toplistctl/lib/site_files/site_lock.h"
 #include "util/fields.h"
+#include "util/number.h"
 #include "util/sha1.h"
 #include "util/text.h"
 
@@ -38,7 +41,18 @@ std::string sha1_of(std::string_view bytes) {
   return sha1_digest_text(context.digest, DigestText::hexadecimal);
 }
 
-bool exists(const std::string& path) { return ::access(path.c_str(), F_OK) == 0; }
+/// Whether there is a file. What cannot be asked is an error, not a missing file.
+Expected<bool> is_there(const std::string& path) {
+  if (::access(path.c_str(), F_OK) == 0) return true;
+  if (errno == ENOENT || errno == ENOTDIR) return false;
+  return system_error("cannot read", path, errno);
+}
+
+/// `act()` if there is such a file.
+template <typename Act>
+Expected<void> if_there(const std::string& path, const Act& act) {
+  return is_there(path).and_then([&act](bool there) { return there ? act() : Expected<void>(); });
+}
 
 bool same_file(const std::string& a, const std::string& b) {
   struct stat first {
@@ -108,15 +122,21 @@ std::string kept_file(const std::string& folder, std::size_t index) {
 
 // --- what a killed command leaves, and undoing ---
 
+bool is_number(const std::string& name) { return std::all_of(name.begin(), name.end(), is_digit); }
+
 /// Removes a folder of kept files, the manifest last.
 Expected<void> remove_folder(const std::string& folder) {
-  const auto manifest = read_manifest(folder);
-  const std::size_t count = manifest ? manifest->entries.size() : 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    if (const auto removed = remove_file(kept_file(folder, i)); !removed) return removed;
+  namespace fs = std::filesystem;
+  std::error_code error;
+  std::vector<std::string> names;
+  for (auto entry = fs::directory_iterator(folder, error); !error && entry != fs::end(entry);
+       entry.increment(error)) {
+    if (is_number(entry->path().filename())) names.push_back(entry->path().string());
   }
-  for (const char* name : {kUnfinished, kManifest}) {
-    if (const auto removed = remove_file(folder + name); !removed) return removed;
+  if (error) return system_error("cannot read", folder, error.value());
+  for (const char* name : {kUnfinished, kManifest}) names.push_back(folder + name);
+  for (const std::string& name : names) {
+    if (const auto removed = remove_file(name); !removed) return removed;
   }
   if (::rmdir(folder.c_str()) != 0) return system_error("cannot remove", folder, errno);
   return {};
@@ -124,8 +144,10 @@ Expected<void> remove_folder(const std::string& folder) {
 
 /// Removes a folder and the new contents of its change, which have not taken their places.
 Expected<void> drop_change(const std::string& folder) {
-  // Without a whole manifest nothing but the folder has been made.
   const auto manifest = read_manifest(folder);
+  // Without a whole manifest nothing but the folder has been made.
+  const int code = manifest ? 0 : manifest.error().code;
+  if (code != 0 && code != ENOENT) return tl::unexpected(manifest.error());
   RealPaths paths;
   for (const Entry& entry : manifest ? manifest->entries : std::vector<Entry>()) {
     const auto real = paths.of(entry.path);
@@ -146,9 +168,9 @@ Expected<void> put_back(const Entry& entry, const std::string& kept, const std::
       .and_then([&] { return rename_file(temporary, real); });
 }
 
-/// Puts the old files of the last change back, as far as its new ones are in their places, and
-/// removes its folder. When this is ended at any point, the change is an unfinished one, and the
-/// next call does the rest.
+/// Puts the old files of the last change back, as far as its new ones are in their places. When
+/// this is ended at any point, the change is an unfinished one, and the next call does the rest.
+/// Its folder is left to settle().
 Expected<void> put_all_back(const Manifest& manifest) {
   auto done = create_file(kFolder + kUnfinished, "").and_then([] { return sync_files({kFolder}); });
   RealPaths paths;
@@ -156,28 +178,35 @@ Expected<void> put_all_back(const Manifest& manifest) {
     const Entry& entry = manifest.entries[i];
     const auto real = paths.of(entry.path);
     if (!real) return tl::unexpected(real.error());
-    const bool waits = entry.what != kRemoved && exists(*real + std::string(kNewSuffix));
-    if (!waits) done = put_back(entry, kept_file(kFolder, i), *real);
+    const auto waits = is_there(*real + std::string(kNewSuffix));
+    if (!waits) return tl::unexpected(waits.error());
+    if (!*waits || entry.what == kRemoved) done = put_back(entry, kept_file(kFolder, i), *real);
   }
   if (!done) return done;
-  return sync_files(paths.folders())
-      .and_then([] { return rename_file(kFolder, kNextFolder); })
-      .and_then(
-          [] { return exists(kOldFolder) ? rename_file(kOldFolder, kFolder) : Expected<void>(); })
-      .and_then([] { return drop_change(kNextFolder); });
+  return sync_files(paths.folders()).and_then([] { return rename_file(kFolder, kNextFolder); });
 }
 
 /// Brings the site to where no change is under way: undoes an unfinished one, and removes what is
 /// left of changes that were not begun, or are done.
 Expected<void> settle() {
-  Expected<void> done;
-  if (exists(kFolder + kUnfinished)) {
-    done = read_manifest(kFolder).and_then(put_all_back);
-  } else if (exists(kOldFolder)) {
-    done = exists(kFolder) ? remove_folder(kOldFolder) : rename_file(kOldFolder, kFolder);
-  }
-  if (done && exists(kNextFolder)) done = drop_change(kNextFolder);
-  return done;
+  return if_there(kFolder + kUnfinished,
+                  [] { return read_manifest(kFolder).and_then(put_all_back); })
+      .and_then([] {
+        return if_there(kOldFolder, [] {
+          return is_there(kFolder).and_then([](bool has_last) {
+            return has_last ? remove_folder(kOldFolder) : rename_file(kOldFolder, kFolder);
+          });
+        });
+      })
+      .and_then([] { return if_there(kNextFolder, [] { return drop_change(kNextFolder); }); });
+}
+
+/// The error of a command that has left an unfinished change; otherwise of one that changed
+/// nothing.
+Error with_state(Error error) {
+  if (!is_there(kFolder + kUnfinished).value_or(true)) return nothing_changed(std::move(error));
+  error.detail = "Some files may be changed. Run toplistctl undo.";
+  return error;
 }
 
 /// Which of the files no longer hold what the change has put there.
@@ -216,7 +245,7 @@ Expected<SiteChange> SiteChange::begin(std::string command) {
   if (const auto unfinished = unfinished_change()) {
     warn(fmt::format("undoing an unfinished change: {}", *unfinished));
   }
-  if (const auto done = settle(); !done) return tl::unexpected(nothing_changed(done.error()));
+  if (const auto done = settle(); !done) return tl::unexpected(with_state(done.error()));
   return SiteChange(std::move(command), std::move(*lock));
 }
 
@@ -230,14 +259,9 @@ Expected<void> SiteChange::commit() {
   if (steps_.empty()) return {};
   is_under_way_ = true;
   const auto done = prepare().and_then([this] { return carry_out(); });
-  const auto settled = settle();
+  (void)settle();  // what it cannot do shows in the state
   is_under_way_ = false;
-  if (done) return {};
-  if (!unfinished_change()) return tl::unexpected(nothing_changed(done.error()));
-  Error error = done.error();
-  error.detail = fmt::format("Some files may be changed: {}. Run toplistctl undo.",
-                             settled ? "unfinished" : settled.error().text());
-  return tl::unexpected(error);
+  return done.map_error(with_state);
 }
 
 /// The error by the path that the command knows, which may lead through links.
@@ -250,7 +274,9 @@ Expected<void> SiteChange::prepare() {
   Manifest manifest{command_, time_text(std::time(nullptr)), {}};
   for (const Step& step : steps_) {
     if (contains(step.path, "\n")) return failure("cannot write a path with a line break");
-    const std::string_view what = !step.bytes ? kRemoved : exists(step.path) ? kReplaced : kAdded;
+    const auto there = is_there(step.path);
+    if (!there) return tl::unexpected(there.error());
+    const std::string_view what = !step.bytes ? kRemoved : *there ? kReplaced : kAdded;
     manifest.entries.push_back(
         {std::string(what), step.bytes ? sha1_of(*step.bytes) : std::string(kNoDigest), step.path});
   }
@@ -282,7 +308,7 @@ Expected<void> SiteChange::prepare() {
 }
 
 Expected<void> SiteChange::carry_out() {
-  const auto begun = (exists(kFolder) ? rename_file(kFolder, kOldFolder) : Expected<void>())
+  const auto begun = if_there(kFolder, [] { return rename_file(kFolder, kOldFolder); })
                          // From here on a killed process leaves an unfinished change.
                          .and_then([] { return rename_file(kNextFolder, kFolder); })
                          .and_then([] { return sync_files({"l/sys"}); });
@@ -301,14 +327,16 @@ Expected<void> SiteChange::carry_out() {
 Expected<std::optional<Undone>> undo_last_change(bool force) {
   const Expected<SiteLock> lock = lock_site();
   if (!lock) return tl::unexpected(nothing_changed(lock.error()));
-  const bool is_unfinished = unfinished_change().has_value();
-  if (const auto done = is_unfinished ? Expected<void>() : settle(); !done) {
-    return tl::unexpected(nothing_changed(done.error()));
+  const auto is_unfinished = is_there(kFolder + kUnfinished);
+  if (!is_unfinished) return tl::unexpected(nothing_changed(is_unfinished.error()));
+  if (!*is_unfinished) {
+    const auto can_undo = settle().and_then([] { return is_there(kFolder); });
+    if (!can_undo) return tl::unexpected(nothing_changed(can_undo.error()));
+    if (!*can_undo) return std::nullopt;
   }
-  if (!exists(kFolder)) return std::nullopt;
   const auto manifest = read_manifest(kFolder);
   if (!manifest) return tl::unexpected(nothing_changed(manifest.error()));
-  if (!force && !is_unfinished) {
+  if (!force && !*is_unfinished) {
     const auto changed = changed_since(*manifest);
     if (!changed) return tl::unexpected(nothing_changed(changed.error()));
     if (!changed->empty()) {
@@ -318,14 +346,18 @@ Expected<std::optional<Undone>> undo_last_change(bool force) {
           changed->front(), manifest->title(), kNothingChanged));
     }
   }
-  if (const auto done = put_all_back(*manifest); !done) return tl::unexpected(done.error());
+  auto done = put_all_back(*manifest);
+  // Once more, so that a passing failure does not leave some files new and some old.
+  if (!done && is_there(kFolder + kUnfinished).value_or(false)) done = put_all_back(*manifest);
+  if (!done) return tl::unexpected(with_state(done.error()));
+  (void)settle();  // the next change removes what stays
   Undone undone{manifest->title(), {}};
   for (const Entry& entry : manifest->entries) undone.files.push_back(entry.path);
   return undone;
 }
 
 std::optional<std::string> unfinished_change() {
-  if (!exists(kFolder + kUnfinished)) return std::nullopt;
+  if (!is_there(kFolder + kUnfinished).value_or(false)) return std::nullopt;
   const auto manifest = read_manifest(kFolder);
   return manifest ? manifest->title() : kFolder + " is damaged";
 }
