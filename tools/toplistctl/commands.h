@@ -43,6 +43,9 @@ void add_init_command(CLI::App& app, int& exit_status);
 /// harvest --explain TRADE: what a harvest makes of a trade.
 void add_harvest_command(CLI::App& app, int& exit_status);
 
+/// record: adds the figures of all active trades to a database.
+void add_record_command(const Command& program);
+
 /// complete -- WORDS: what a shell may offer for the last of them; not shown in the help. The first
 /// line is what the shell itself is to offer ("directory", "file", "user") or empty, every further
 /// one is a word.

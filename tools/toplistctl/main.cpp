@@ -16,12 +16,12 @@ void bridge(const Command& command) {
   kAdd(*command.app(), *command.exit_status());
 }
 
-constexpr std::array<void (*)(const Command&), 13> kCommands{
+constexpr std::array<void (*)(const Command&), 14> kCommands{
     bridge<add_check_command>,  bridge<add_status_command>, bridge<add_show_command>,
     bridge<add_render_command>, bridge<add_why_command>,    bridge<add_harvest_command>,
     bridge<add_digest_command>, bridge<add_expand_command>, bridge<add_export_command>,
     bridge<add_import_command>, bridge<add_sample_command>, bridge<add_init_command>,
-    add_complete_command};
+    add_record_command,         add_complete_command};
 
 }  // namespace
 
