@@ -75,11 +75,8 @@ tl::unexpected<Error> Database::last_error() const {
 }
 
 tl::unexpected<Error> Database::refuse(std::string_view reason, std::string_view advice) const {
-  std::string text = fmt::format("{} {}: {}.", access_.tried, path_, reason);
-  for (const std::string_view sentence : {access_.consequence, advice}) {
-    if (!sentence.empty()) text += fmt::format(" {}", sentence);
-  }
-  return failure(std::move(text));
+  return failure(fmt::format("{} {}: {}. {}{}{}", access_.tried, path_, reason, access_.consequence,
+                             advice.empty() ? "" : " ", advice));
 }
 
 void Statement::bind(int parameter, std::string_view text) {

@@ -16,11 +16,11 @@
 namespace toplist::ctl {
 
 /// What an open file is for, and how its errors begin and end: "cannot record in FILE: REASON.
-/// ADVICE".
+/// CONSEQUENCE ADVICE".
 struct Access {
   int flags;  ///< of sqlite3_open_v2()
   std::string_view tried;
-  std::string_view consequence;  ///< such as "Nothing was recorded."; may be empty
+  std::string_view consequence;  ///< such as "Nothing was recorded."
 };
 
 /// How long to wait for other programs that use the database.

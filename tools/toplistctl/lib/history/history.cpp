@@ -22,7 +22,7 @@ constexpr std::int64_t kApplicationId = 0x746C6873;
 constexpr std::int64_t kSchemaVersion = 1;
 
 constexpr Access kRecording{SQLITE_OPEN_READWRITE, "cannot record in", "Nothing was recorded."};
-constexpr Access kReading{SQLITE_OPEN_READONLY, "cannot read", ""};
+constexpr Access kReading{SQLITE_OPEN_READONLY, "cannot read", "Nothing was changed."};
 
 /// The periods as the database names them, in the order of Period.
 constexpr std::array<int, kPeriodCount> kPeriodNumbers{60, 24, 7, 99};
@@ -87,19 +87,22 @@ Expected<bool> is_new(const Database& database) {
       "Use the newer toplistctl, or another file.");
 }
 
+tl::unexpected<Error> not_regular(const Access& access, const std::string& path) {
+  return failure(
+      fmt::format("{} {}: it is not a regular file. {}", access.tried, path, access.consequence));
+}
+
 /// Creates the file for its owner alone, if it is not there. (SQLite would let others read it.)
 Expected<void> create_file(const std::string& path) {
-  Error error{std::string(kRecording.tried), path, 0, std::string(kRecording.consequence)};
   const UniqueFd file(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0600));
   struct stat status {};
   if (!file || ::fstat(file.get(), &status) != 0) {
-    error.code = errno;
-  } else if (S_ISREG(status.st_mode)) {
-    return {};
-  } else {
-    error.detail = "It is not a regular file. " + error.detail;
+    const int code = errno;
+    return tl::unexpected(
+        Error{std::string(kRecording.tried), path, code, std::string(kRecording.consequence)});
   }
-  return tl::unexpected(std::move(error));
+  if (!S_ISREG(status.st_mode)) return not_regular(kRecording, path);
+  return {};
 }
 
 Expected<std::int64_t> add_snapshot(const Database& database, std::int64_t now) {
@@ -223,9 +226,7 @@ Expected<std::optional<History>> History::open(const std::string& path) {
   struct stat status {};
   const bool found = ::stat(path.c_str(), &status) == 0;
   if (!found && errno == ENOENT) return std::nullopt;
-  if (found && !S_ISREG(status.st_mode)) {
-    return failure(fmt::format("{} {}: it is not a regular file", kReading.tried, path));
-  }
+  if (found && !S_ISREG(status.st_mode)) return not_regular(kReading, path);
   auto opened = Database::open(path, kReading);
   if (!opened) return tl::unexpected(opened.error());
   return (*opened)
