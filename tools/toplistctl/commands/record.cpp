@@ -24,65 +24,51 @@ struct Arguments {
   std::string keep = "14d,2y";
 };
 
-/// A file that ends too early is one that another program is writing: its figures would look like
-/// a sudden drop for ever.
-tl::unexpected<Error> cut_file(const char* path, const char* detail) {
+/// A file that ends too early is one that another program is writing. Recorded, it would look like
+/// a sudden drop.
+tl::unexpected<Error> cut_file(const char* path) {
   return failure(
-      fmt::format("cannot use {}: {}. Nothing was recorded. Try again when the site has"
-                  " written it, or run \"toplistctl check\".",
-                  path, detail));
+      fmt::format("cannot use {}: it ends too early. Nothing was recorded. Try again when "
+                  "the site has written it, or run \"toplistctl check\".",
+                  path));
 }
 
 /// "d/t/index" -> a row for each active trade.
 Expected<std::vector<TradeRow>> read_active_trades() {
-  return read_file(kTradesPath).and_then([](const std::string& bytes) {
-    std::vector<TradeRecord> trades(bytes.size() / sizeof(TradeRecord));
-    if (bytes.size() % sizeof(TradeRecord) != 0) {
-      return Expected<std::vector<TradeRow>>(cut_file(kTradesPath, "its last record is cut"));
-    }
-    if (trades.size() < kFewestTrades) {
-      return Expected<std::vector<TradeRow>>(cut_file(kTradesPath, "it has fewer than 10 records"));
-    }
-    std::memcpy(trades.data(), bytes.data(), bytes.size());
-    return Expected<std::vector<TradeRow>>(build_rows(trades));
-  });
-}
-
-/// "d/h/<domain>.his" -> the rows' all-time figures, which stay 0 where there is no such file.
-Expected<void> read_histories(std::vector<TradeRow>& rows) {
-  for (TradeRow& row : rows) {
-    const auto text = read_file_if_there(history_path(row.domain));
-    if (!text) return tl::unexpected(text.error());
-    if (*text) add_history(**text, row.periods[kPeriod99]);
+  const auto bytes = read_file(kTradesPath);
+  if (!bytes) return tl::unexpected(bytes.error());
+  std::vector<TradeRecord> trades(bytes->size() / sizeof(TradeRecord));
+  if (bytes->size() % sizeof(TradeRecord) != 0 || trades.size() < kFewestTrades) {
+    return cut_file(kTradesPath);
   }
-  return {};
+  std::memcpy(trades.data(), bytes->data(), bytes->size());
+  return build_rows(trades);
 }
 
 /// Whether the text ends within a record. What follows the last record is a line feed at the most,
 /// which counts as a first field of the next one.
 bool ends_within_record(std::string_view sum) {
+  FieldReader fields(sum);
   std::array<std::string_view, kSumFields> record;
-  std::size_t count = 0;
-  for (FieldReader fields(sum); (count = next_record(fields, record)) == record.size();) {
-  }
+  std::size_t count = record.size();
+  while (count == record.size()) count = next_record(fields, record);
   return count > 1;
 }
 
-/// "d/t/sum" -> the rows' recent figures.
-Expected<void> read_recent(std::vector<TradeRow>& rows) {
-  const auto text = read_file(kSumPath);
-  if (!text) return tl::unexpected(text.error());
-  if (ends_within_record(*text)) return cut_file(kSumPath, "its last record is cut");
-  read_recent_periods(*text, rows);
-  return {};
-}
-
+/// All-time figures stay 0 where there is no "d/h/<domain>.his".
 Expected<std::vector<TradeRow>> read_figures() {
   auto rows = read_active_trades();
   if (!rows) return rows;
-  return read_histories(*rows).and_then([&] { return read_recent(*rows); }).map([&] {
-    return std::move(*rows);
-  });
+  for (TradeRow& row : *rows) {
+    const auto history = read_file_if_there(history_path(row.domain));
+    if (!history) return tl::unexpected(history.error());
+    if (*history) add_history(**history, row.periods[kPeriod99]);
+  }
+  const auto sum = read_file(kSumPath);
+  if (!sum) return tl::unexpected(sum.error());
+  if (ends_within_record(*sum)) return cut_file(kSumPath);
+  read_recent_periods(*sum, *rows);
+  return rows;
 }
 
 Expected<int> record(const Arguments& arguments) {

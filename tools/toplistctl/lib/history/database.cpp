@@ -54,13 +54,11 @@ Expected<void> Database::execute(const std::string& sql) const {
 }
 
 Expected<Statement> Database::prepare(const std::string& sql) const {
-  Statement statement(*this);
   sqlite3_stmt* handle = nullptr;
   const int result = ::sqlite3_prepare_v2(handle_.get(), sql.data(), static_cast<int>(sql.size()),
                                           &handle, nullptr);
   if (result != SQLITE_OK) return last_error();
-  statement.handle_.reset(handle);
-  return statement;
+  return Statement(*this, handle);
 }
 
 tl::unexpected<Error> Database::last_error() const {
@@ -79,7 +77,7 @@ tl::unexpected<Error> Database::refuse(std::string_view reason, std::string_view
                              advice.empty() ? "" : " ", advice));
 }
 
-void Statement::bind(int parameter, std::string_view text) {
+void Statement::bind(int parameter, const std::string& text) {
   ::sqlite3_bind_text(handle_.get(), parameter, text.data(), static_cast<int>(text.size()),
                       SQLITE_STATIC);
 }
@@ -92,8 +90,10 @@ std::string Statement::text(int column) const {
 
 Expected<bool> Statement::step() {
   const int result = ::sqlite3_step(handle_.get());
-  if (result != SQLITE_ROW && result != SQLITE_DONE) return database_->last_error();
-  return result == SQLITE_ROW;
+  if (result == SQLITE_ROW) return true;
+  if (result != SQLITE_DONE) return database_->last_error();
+  ::sqlite3_reset(handle_.get());
+  return false;
 }
 
 }  // namespace toplist::ctl

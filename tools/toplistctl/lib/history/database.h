@@ -36,7 +36,7 @@ class Statement {
     ::sqlite3_bind_int64(handle_.get(), parameter, value);
   }
   /// The text must live until the statement has run.
-  void bind(int parameter, std::string_view text);
+  void bind(int parameter, const std::string& text);
 
   template <typename T = std::int64_t>
   [[nodiscard]] T number(int column) const {
@@ -44,43 +44,16 @@ class Statement {
   }
   [[nodiscard]] std::string text(int column) const;
 
-  /// Runs the statement once, for no rows. It can be run again.
-  template <typename... Values>
-  Expected<void> run(const Values&... values) {
-    bind_all(values...);
-    return step().map([this](bool) { ::sqlite3_reset(handle_.get()); });
-  }
-
-  /// What `read` returns for the statement at each of its rows.
-  template <typename Read, typename... Values>
-  auto rows(const Read& read, const Values&... values)
-      -> Expected<std::vector<std::invoke_result_t<Read, const Statement&>>> {
-    bind_all(values...);
-    std::vector<std::invoke_result_t<Read, const Statement&>> result;
-    for (;;) {
-      const Expected<bool> row = step();
-      if (!row) return tl::unexpected(row.error());
-      if (!*row) break;
-      result.push_back(read(*this));
-    }
-    ::sqlite3_reset(handle_.get());
-    return result;
-  }
+  /// The next row; false when there is none. Then the statement can run again.
+  Expected<bool> step();
 
  private:
   friend class Database;
-  explicit Statement(const Database& database) : database_(&database) {}
-  /// The next row; false when there is none.
-  Expected<bool> step();
-  template <typename... Values>
-  void bind_all(const Values&... values) {
-    int parameter = 0;
-    (bind(++parameter, values), ...);
-  }
-
   struct Finalize {
     void operator()(sqlite3_stmt* handle) const { ::sqlite3_finalize(handle); }
   };
+  Statement(const Database& database, sqlite3_stmt* handle)
+      : database_(&database), handle_(handle) {}
   const Database* database_;
   std::unique_ptr<sqlite3_stmt, Finalize> handle_;
 };
@@ -93,6 +66,24 @@ class Database {
   /// Runs statements for no rows.
   Expected<void> execute(const std::string& sql) const;
   [[nodiscard]] Expected<Statement> prepare(const std::string& sql) const;
+
+  /// What `read` returns at each row that the query gives for these values of its parameters.
+  template <typename Read, typename... Values>
+  auto query(const std::string& sql, const Read& read, const Values&... values) const
+      -> Expected<std::vector<std::invoke_result_t<Read, const Statement&>>> {
+    auto statement = prepare(sql);
+    if (!statement) return tl::unexpected(statement.error());
+    int parameter = 0;
+    (statement->bind(++parameter, values), ...);
+    std::vector<std::invoke_result_t<Read, const Statement&>> result;
+    for (;;) {
+      const Expected<bool> row = statement->step();
+      if (!row) return tl::unexpected(row.error());
+      if (!*row) return result;
+      result.push_back(read(*statement));
+    }
+  }
+
   [[nodiscard]] std::int64_t last_id() const { return ::sqlite3_last_insert_rowid(handle_.get()); }
 
   /// Why the last call failed.
@@ -110,8 +101,6 @@ class Database {
   std::string path_;
   Access access_;
   std::unique_ptr<sqlite3, Close> handle_;
-
-  friend class Statement;
 };
 
 }  // namespace toplist::ctl

@@ -63,65 +63,52 @@ std::string schema() {
 
 /// Whether the file holds nothing yet. An error when it holds what this program cannot use.
 Expected<bool> is_new(const Database& database) {
-  struct Contents {
-    std::int64_t tables, application, version;
-  };
-  auto query = database.prepare(
+  using Three = std::array<std::int64_t, 3>;
+  const auto found = database.query(
       "SELECT (SELECT count(*) FROM sqlite_master), application_id, user_version"
-      " FROM pragma_application_id, pragma_user_version");
-  if (!query) return tl::unexpected(query.error());
-  const auto found = query->rows([](const Statement& row) {
-    return Contents{row.number(0), row.number(1), row.number(2)};
-  });
+      " FROM pragma_application_id, pragma_user_version",
+      [](const Statement& row) {
+        return Three{row.number(0), row.number(1), row.number(2)};
+      });
   if (!found) return tl::unexpected(found.error());
-  const Contents& contents = found->front();
+  const auto [tables, application, version] = found->front();
 
-  if (contents.tables == 0 && contents.application == 0) return true;
-  if (contents.application != kApplicationId) {
+  if (tables == 0 && application == 0) return true;
+  if (application != kApplicationId) {
     return database.refuse("it is a database of another program", "Use another file.");
   }
-  if (contents.version <= kSchemaVersion) return false;
+  if (version <= kSchemaVersion) return false;
   return database.refuse(
-      fmt::format("a newer toplistctl wrote it, in version {}; this one knows {}", contents.version,
+      fmt::format("a newer toplistctl wrote it, in version {}; this one knows {}", version,
                   kSchemaVersion),
       "Use the newer toplistctl, or another file.");
 }
 
-tl::unexpected<Error> not_regular(const Access& access, const std::string& path) {
-  return failure(
-      fmt::format("{} {}: it is not a regular file. {}", access.tried, path, access.consequence));
-}
-
-/// Creates the file for its owner alone, if it is not there. (SQLite would let others read it.)
-Expected<void> create_file(const std::string& path) {
-  const UniqueFd file(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0600));
+/// Opens a regular file; others may block or never end. `flags` are those of open(): with O_CREAT
+/// the file is made for its owner alone, where SQLite would let others read it.
+Expected<std::unique_ptr<Database>> open_file(const std::string& path, int flags,
+                                              const Access& access) {
+  Error error{fmt::format("{} {}", access.tried, path), {}, 0, std::string(access.consequence)};
+  const UniqueFd file(::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0600));
   struct stat status {};
   if (!file || ::fstat(file.get(), &status) != 0) {
-    const int code = errno;
-    return tl::unexpected(
-        Error{std::string(kRecording.tried), path, code, std::string(kRecording.consequence)});
+    error.code = errno;
+    return tl::unexpected(error);
   }
-  if (!S_ISREG(status.st_mode)) return not_regular(kRecording, path);
-  return {};
-}
-
-Expected<std::int64_t> add_snapshot(const Database& database, std::int64_t now) {
-  return database.prepare("INSERT INTO snapshots(time) VALUES (?)")
-      .and_then([now](Statement insert) { return insert.run(now); })
-      .map([&database] { return database.last_id(); });
+  if (S_ISREG(status.st_mode)) return Database::open(path, access);
+  error.tried += ": it is not a regular file";
+  return tl::unexpected(error);
 }
 
 /// Keeps the last recorded snapshot of each hour of the hourly span, and of each day of the daily
 /// one. Removed ones leave their pages to the next one, so the file does not grow.
-Expected<void> thin_out(const Database& database, std::int64_t now, const Keep& keep) {
-  return database
-      .prepare(
-          "DELETE FROM snapshots WHERE id IN (SELECT id FROM (SELECT id, time,"
-          " row_number() OVER (PARTITION BY time / 3600 ORDER BY id DESC) AS in_hour,"
-          " row_number() OVER (PARTITION BY time / 86400 ORDER BY id DESC) AS in_day"
-          " FROM snapshots)"
-          " WHERE NOT (in_hour = 1 AND time >= ?1) AND NOT (in_day = 1 AND time >= ?2))")
-      .and_then([&](Statement remove) { return remove.run(now - keep.hourly, now - keep.daily); });
+std::string thinning(std::int64_t now, const Keep& keep) {
+  return fmt::format(
+      "DELETE FROM snapshots WHERE id IN (SELECT id FROM (SELECT id, time,"
+      " row_number() OVER (PARTITION BY time / 3600 ORDER BY id DESC) AS in_hour,"
+      " row_number() OVER (PARTITION BY time / 86400 ORDER BY id DESC) AS in_day FROM snapshots)"
+      " WHERE NOT (in_hour = 1 AND time >= {}) AND NOT (in_day = 1 AND time >= {}))",
+      now - keep.hourly, now - keep.daily);
 }
 
 std::int32_t id_of(const TradeRow& row) {
@@ -140,13 +127,14 @@ Expected<void> add_figures(Statement& insert, std::int64_t snapshot, std::int32_
     for (std::size_t i = 0; i < kFigures; ++i) {
       insert.bind(++parameter, figure(row.periods[period], i));
     }
-    if (auto added = insert.run(); !added) return added;
+    if (const auto added = insert.step(); !added) return tl::unexpected(added.error());
   }
   return {};
 }
 
-Expected<void> add_trades(const Database& database, std::int64_t snapshot,
-                          std::span<const TradeRow> rows) {
+/// The rows become those of the snapshot that was added last.
+Expected<void> add_trades(const Database& database, std::span<const TradeRow> rows) {
+  const std::int64_t snapshot = database.last_id();
   auto name = database.prepare(
       "INSERT INTO trades VALUES (?, ?)"
       " ON CONFLICT (id) DO UPDATE SET domain = excluded.domain WHERE domain <> excluded.domain");
@@ -160,19 +148,13 @@ Expected<void> add_trades(const Database& database, std::int64_t snapshot,
     const std::int32_t id = id_of(row);
     if (!added.insert(id).second) continue;
     const std::string domain = as_utf8(row.domain);
-    const auto done = name->run(id, std::string_view(domain)).and_then([&] {
-      return add_figures(*insert, snapshot, id, row);
-    });
+    name->bind(1, id);
+    name->bind(2, domain);
+    const auto done =
+        name->step().and_then([&](bool) { return add_figures(*insert, snapshot, id, row); });
     if (!done) return done;
   }
   return {};
-}
-
-/// Two processes that find a new file come here one after the other.
-Expected<void> create_tables_if_new(const Database& database) {
-  const auto found_new = is_new(database);
-  if (!found_new) return tl::unexpected(found_new.error());
-  return *found_new ? database.execute(schema()) : Expected<void>();
 }
 
 }  // namespace
@@ -197,23 +179,22 @@ std::optional<Keep> parse_keep(std::string_view text) {
 
 Expected<void> record_snapshot(const std::string& path, std::span<const TradeRow> rows,
                                std::int64_t now, const Keep& keep) {
-  const auto opened =
-      create_file(path).and_then([&path] { return Database::open(path, kRecording); });
+  const auto opened = open_file(path, O_RDWR | O_CREAT, kRecording);
   if (!opened) return tl::unexpected(opened.error());
   const Database& database = **opened;
-  // Space of removed snapshots is used again, so it need not be overwritten; and nothing of a
-  // transaction goes to a folder for temporary files, which may be full.
+  // Free space is used again, so it need not be overwritten; and nothing of a transaction goes to a
+  // folder for temporary files, which may be full. Two processes that find a new file see one after
+  // the other whether it has its tables.
   return database
       .execute(
           "PRAGMA foreign_keys = ON; PRAGMA secure_delete = OFF; PRAGMA temp_store = MEMORY;"
           "PRAGMA cell_size_check = ON; BEGIN IMMEDIATE")
-      .and_then([&] { return create_tables_if_new(database); })
-      .and_then([&] { return add_snapshot(database, now); })
-      .and_then([&](std::int64_t snapshot) {
-        return thin_out(database, now, keep).and_then([&] {
-          return add_trades(database, snapshot, rows);
-        });
+      .and_then([&] { return is_new(database); })
+      .and_then([&](bool fresh) {
+        return database.execute(fmt::format("{} INSERT INTO snapshots(time) VALUES ({}); {}",
+                                            fresh ? schema() : "", now, thinning(now, keep)));
       })
+      .and_then([&] { return add_trades(database, rows); })
       .and_then([&] { return database.execute("COMMIT"); });
 }
 
@@ -223,30 +204,22 @@ History& History::operator=(History&&) noexcept = default;
 History::~History() = default;
 
 Expected<std::optional<History>> History::open(const std::string& path) {
-  struct stat status {};
-  const bool found = ::stat(path.c_str(), &status) == 0;
-  if (!found && errno == ENOENT) return std::nullopt;
-  if (found && !S_ISREG(status.st_mode)) return not_regular(kReading, path);
-  auto opened = Database::open(path, kReading);
+  auto opened = open_file(path, O_RDONLY, kReading);
+  if (!opened && opened.error().code == ENOENT) return std::nullopt;
   if (!opened) return tl::unexpected(opened.error());
-  return (*opened)
-      ->execute("BEGIN")
-      .and_then([&] { return is_new(**opened); })
-      .map([&](bool empty) {
-        return empty ? std::nullopt : std::optional(History(std::move(*opened)));
-      });
+  const Database& database = **opened;
+  return database.execute("BEGIN").and_then([&] { return is_new(database); }).map([&](bool empty) {
+    return empty ? std::nullopt : std::optional(History(std::move(*opened)));
+  });
 }
 
 Expected<std::vector<Snapshot>> History::snapshots(std::int64_t from, std::int64_t to) const {
-  return database_
-      ->prepare("SELECT id, time FROM snapshots WHERE time BETWEEN ? AND ? ORDER BY time, id")
-      .and_then([&](Statement query) {
-        return query.rows(
-            [](const Statement& row) {
-              return Snapshot{row.number(0), row.number(1)};
-            },
-            from, to);
-      });
+  return database_->query(
+      "SELECT id, time FROM snapshots WHERE time BETWEEN ? AND ? ORDER BY time, id",
+      [](const Statement& row) {
+        return Snapshot{row.number(0), row.number(1)};
+      },
+      from, to);
 }
 
 Expected<std::optional<Snapshot>> History::nearest(std::int64_t time,
@@ -262,19 +235,17 @@ Expected<std::optional<Snapshot>> History::nearest(std::int64_t time,
 
 Expected<std::vector<SnapshotTotals>> History::totals(std::span<const Snapshot> snapshots,
                                                       Period period) const {
-  auto query = database_->prepare(
-      "SELECT sum(rin), sum(uin), sum(out), sum(clk) FROM figures"
-      " WHERE snapshot = ? AND period = ?");
-  if (!query) return tl::unexpected(query.error());
   std::vector<SnapshotTotals> totals;
   for (const Snapshot& snapshot : snapshots) {
-    const auto sums = query->rows(
-        [&snapshot](const Statement& row) {
+    const auto sums = database_->query(
+        "SELECT sum(rin), sum(uin), sum(out), sum(clk) FROM figures"
+        " WHERE snapshot = ? AND period = ?",
+        [&](const Statement& row) {
           return SnapshotTotals{snapshot.time, row.number(0), row.number(1), row.number(2),
                                 row.number(3)};
         },
         snapshot.id, kPeriodNumbers[period]);
-    if (!sums) return tl::unexpected(sums.error());
+    if (!sums) return sums;
     totals.push_back(sums->front());
   }
   return totals;
@@ -282,57 +253,43 @@ Expected<std::vector<SnapshotTotals>> History::totals(std::span<const Snapshot> 
 
 Expected<std::vector<RecordedTrade>> History::figures(const Snapshot& snapshot,
                                                       Period period) const {
-  return database_
-      ->prepare(fmt::format("SELECT trade, domain{} FROM figures JOIN trades ON id = trade"
-                            " WHERE snapshot = ? AND period = ? ORDER BY trade",
-                            figure_columns(", {}")))
-      .and_then([&](Statement query) {
-        return query.rows(
-            [](const Statement& row) {
-              RecordedTrade trade{row.number<std::int32_t>(0), row.text(1), {}};
-              for (std::size_t i = 0; i < kFigures; ++i) {
-                figure(trade.figures, i) = row.number<std::int32_t>(static_cast<int>(i) + 2);
-              }
-              return trade;
-            },
-            snapshot.id, kPeriodNumbers[period]);
-      });
+  return database_->query(
+      fmt::format("SELECT trade, domain{} FROM figures JOIN trades ON id = trade"
+                  " WHERE snapshot = ? AND period = ? ORDER BY trade",
+                  figure_columns(", {}")),
+      [](const Statement& row) {
+        RecordedTrade trade{row.number<std::int32_t>(0), row.text(1), {}};
+        for (std::size_t i = 0; i < kFigures; ++i) {
+          figure(trade.figures, i) = row.number<std::int32_t>(static_cast<int>(i) + 2);
+        }
+        return trade;
+      },
+      snapshot.id, kPeriodNumbers[period]);
 }
 
 Expected<std::vector<SeriesPoint>> History::series(std::int32_t trade, Period period,
                                                    std::int64_t from, std::int64_t to) const {
   // A cross join keeps the order of the tables: a few snapshots, and one row of figures for each.
-  return database_
-      ->prepare(
-          "SELECT time, rin, out FROM snapshots CROSS JOIN figures ON snapshot = id"
-          " WHERE trade = ? AND period = ? AND time BETWEEN ? AND ? ORDER BY time, id")
-      .and_then([&](Statement query) {
-        return query.rows(
-            [](const Statement& row) {
-              return SeriesPoint{row.number(0), row.number<std::int32_t>(1),
-                                 row.number<std::int32_t>(2)};
-            },
-            trade, kPeriodNumbers[period], from, to);
-      });
+  return database_->query(
+      "SELECT time, rin, out FROM snapshots CROSS JOIN figures ON snapshot = id"
+      " WHERE trade = ? AND period = ? AND time BETWEEN ? AND ? ORDER BY time, id",
+      [](const Statement& row) {
+        return SeriesPoint{row.number(0), row.number<std::int32_t>(1), row.number<std::int32_t>(2)};
+      },
+      trade, kPeriodNumbers[period], from, to);
 }
 
 Expected<Trend> History::trend(const TradeRow& row, std::int64_t now) const {
-  constexpr std::int64_t kTolerance = kSecondsPerDay / 2;
-  const auto rin_at = [&](std::int64_t time) -> Expected<std::optional<std::int32_t>> {
-    return nearest(time, kTolerance)
-        .and_then([&](const std::optional<Snapshot>& snapshot) {
-          return !snapshot ? Expected<std::vector<SeriesPoint>>()
-                           : series(id_of(row), kPeriod24, snapshot->time, snapshot->time);
-        })
-        .map([](const std::vector<SeriesPoint>& points) {
-          return points.empty() ? std::nullopt : std::optional(points.back().rin);
-        });
-  };
-  const auto yesterday = rin_at(now - kSecondsPerDay);
-  if (!yesterday) return tl::unexpected(yesterday.error());
-  return rin_at(now - 7 * kSecondsPerDay).map([&](const std::optional<std::int32_t>& week_ago) {
-    return Trend{row.periods[kPeriod24].rin, *yesterday, week_ago};
-  });
+  Trend trend{row.periods[kPeriod24].rin, {}, {}};
+  for (const auto& [rin, days] : {std::pair{&trend.yesterday, 1}, {&trend.week_ago, 7}}) {
+    const auto then = nearest(now - days * kSecondsPerDay, kSecondsPerDay / 2);
+    if (!then) return tl::unexpected(then.error());
+    if (!*then) continue;
+    const auto points = series(id_of(row), kPeriod24, (*then)->time, (*then)->time);
+    if (!points) return tl::unexpected(points.error());
+    if (!points->empty()) *rin = points->back().rin;
+  }
+  return trend;
 }
 
 std::string Trend::text() const {
