@@ -47,15 +47,18 @@ TradeRow figures_ago(TradeRow row, int hours) {
   const int id = parse_int32(row.id);
   const double days = hours / 24.0;
   const double weeks = 1 - (id * 37 % 21 - 9) * days / 600;
-  const double noise = 1 + 0.06 * std::sin(id * 7.0 + hours * 1.7);
+  const double noise = 1 + 0.06 * std::sin(id * 7.0 + hours * 1.7) + 0.03 * std::sin(hours * 2.3);
   const double weekend = 1 + 0.12 * (std::cos(days * 2 * std::numbers::pi / 7) - 1);
   const double time_of_day = 1 + 0.55 * std::sin(days * 2 * std::numbers::pi);
+  const double sent = 0.9 + 0.1 * std::cos(days * 0.9);
   const std::array<double, kPeriodCount> parts{weeks * noise * weekend * time_of_day,
                                                weeks * noise * weekend, weeks, 1 - days / 1500};
   for (std::size_t period = 0; period < kPeriodCount; ++period) {
     for (const CounterEntry& counter : kCounters) {
       std::int32_t& figure = row.periods[period].*counter.member;
-      figure = static_cast<std::int32_t>(figure * parts[period]);
+      const double part =
+          counter.member == &PeriodBlock::out ? parts[period] * sent : parts[period];
+      figure = static_cast<std::int32_t>(figure * part);
     }
   }
   return row;

@@ -88,32 +88,32 @@ std::string tick_of(const Series& series, std::size_t slot) {
 constexpr double kPlotTop = 8;
 constexpr double kPlotHeight = 78;
 
-std::string scale_lines(std::int64_t top, std::int64_t step) {
-  std::string svg;
+/// Lines of the picture, and what is written over the plot.
+struct Axes {
+  std::string lines, texts;
+};
+
+void add_scale(Axes& axes, std::int64_t top, std::int64_t step) {
   for (std::int64_t value = 0; value <= top; value += step) {
-    const double y =
-        kPlotTop + kPlotHeight * (1 - static_cast<double>(value) / static_cast<double>(top));
-    svg += fmt::format(
-        "<line x2=\"100%\" y1=\"{0:.1f}%\" y2=\"{0:.1f}%\"/><text x=\"2\" y=\"{0:.1f}%\" "
-        "dy=\"-3\">{1}</text>",
-        y, number_text(value));
+    const double part = static_cast<double>(value) / static_cast<double>(top);
+    const double y = kPlotTop + kPlotHeight * (1 - part);
+    axes.lines += fmt::format("<line x2=\"100%\" y1=\"{0:.1f}%\" y2=\"{0:.1f}%\"/>", y);
+    axes.texts +=
+        fmt::format("<text x=\"2\" y=\"{:.1f}%\" dy=\"-4\">{}</text>", y, number_text(value));
   }
-  return svg;
 }
 
-std::string time_lines(const Series& series) {
-  std::string svg;
+void add_ticks(Axes& axes, const Series& series) {
   for (std::size_t i = 0; i < series.slots.size(); ++i) {
     const std::string tick = tick_of(series, i);
     if (tick.empty()) continue;
     const double x =
         100 * (static_cast<double>(i) + 0.5) / static_cast<double>(series.slots.size());
-    svg += fmt::format("<line x1=\"{0:.1f}%\" x2=\"{0:.1f}%\" y1=\"{1}%\" y2=\"{2}%\"/>", x,
-                       kPlotTop, kPlotTop + kPlotHeight);
+    axes.lines += fmt::format("<line x1=\"{0:.1f}%\" x2=\"{0:.1f}%\" y1=\"{1}%\" y2=\"{2}%\"/>", x,
+                              kPlotTop, kPlotTop + kPlotHeight);
     if (x < 6 || x > 94) continue;  // would reach out of the picture
-    svg += fmt::format("<text class=\"x\" x=\"{:.1f}%\" y=\"97%\">{}</text>", x, tick);
+    axes.texts += fmt::format("<text class=\"x\" x=\"{:.1f}%\" y=\"97%\">{}</text>", x, tick);
   }
-  return svg;
 }
 
 std::string gaps(const Series& series) {
@@ -204,6 +204,9 @@ std::string chart(const Series& series, std::string_view id, std::string_view wh
   const std::int64_t most = most_of(series);
   const std::int64_t step = step_of(most);
   const std::int64_t top = std::max(step, (most + step - 1) / step * step);
+  Axes axes;
+  add_scale(axes, top, step);
+  add_ticks(axes, series);
   const auto line = [&](const char* name, Member member, bool area) {
     return fmt::format("<path class=\"{}\" d=\"{}\"/>", name,
                        path(series, member, top, kChartHeight, area));
@@ -211,13 +214,12 @@ std::string chart(const Series& series, std::string_view id, std::string_view wh
   return fmt::format(
       "<figure><figcaption>{1} <small>{2}</small></figcaption>"
       "<svg class=\"chart\" role=\"img\" aria-labelledby=\"{0}-t {0}-d\">"
-      "<title id=\"{0}-t\">{1}</title><desc id=\"{0}-d\">{3}</desc>{4}{5}"
+      "<title id=\"{0}-t\">{1}</title><desc id=\"{0}-d\">{3}</desc>{4}"
       "<svg y=\"{6}%\" width=\"100%\" height=\"{7}%\" viewBox=\"-.5 0 {8} {9}\" "
-      "preserveAspectRatio=\"none\">{10}{11}{12}{13}</svg></svg><p>{3}</p></figure>",
-      id, what, unit, summary(series), scale_lines(top, step), time_lines(series), kPlotTop,
-      kPlotHeight, series.slots.size(), kChartHeight, gaps(series),
-      line("area", &Traffic::in, true), line("in", &Traffic::in, false),
-      line("out", &Traffic::out, false));
+      "preserveAspectRatio=\"none\">{10}{11}{12}{13}</svg>{5}</svg><p>{3}</p></figure>",
+      id, what, unit, summary(series), axes.lines, axes.texts, kPlotTop, kPlotHeight,
+      series.slots.size(), kChartHeight, gaps(series), line("area", &Traffic::in, true),
+      line("in", &Traffic::in, false), line("out", &Traffic::out, false));
 }
 
 std::string sparkline(const Series& series) {

@@ -33,6 +33,12 @@ std::string joined(const Range& range, const Render& render) {
 
 // --- the state ---
 
+/// The text without its line feed.
+std::string trimmed_line(std::string text) {
+  text.erase(text.find_last_not_of('\n') + 1);
+  return text;
+}
+
 std::string table(const Records& records) {
   const auto cells = [](const char* tag) {
     return [tag](const std::string& text) {
@@ -77,7 +83,7 @@ std::vector<std::string> problems_of(const SiteStatus& status) {
     problems.push_back(fmt::format("{} ended early since the newest page was written.",
                                    count_of(status.failed_runs(), "run")));
   }
-  if (status.running_late) problems.push_back(running_text(status));
+  if (status.running_late) problems.push_back(trimmed_line(running_text(status)));
   return problems;
 }
 
@@ -274,7 +280,8 @@ constexpr const char* kHeadings =
 
 std::string partners_table(const char* traffic, const char* days, const std::string& rows) {
   const std::string ratios = joined(std::span(kRatios).first(kQualities), [](const Ratio& ratio) {
-    return fmt::format("<th scope=\"col\" class=\"num wide\">{}</th>", ratio.name);
+    return fmt::format("<th scope=\"col\" class=\"num wide\">{}<wbr>/{}</th>",
+                       counter_name(ratio.numerator), counter_name(ratio.denominator));
   });
   return fmt::format(
       "<table class=\"boxed sortable\"><thead><tr>{}</tr></thead><tbody>\n{}</tbody></table>",
@@ -401,7 +408,7 @@ std::string page(const SiteReport& report) {
                    fmt::arg("style", content("report/style.css")),
                    fmt::arg("script", content("report/report.js")),
                    fmt::arg("time", time_text(report.now, "%A, %-d %B %Y, %H:%M")),
-                   fmt::arg("trades", html_text(trades_text(report.status))),
+                   fmt::arg("trades", html_text(trimmed_line(trades_text(report.status)))),
                    fmt::arg("notice", report.has_history ? "" : content("report/notice.html")),
                    fmt::arg("mood", is_fine ? "fine" : "wrong"),
                    fmt::arg("verdict", is_fine ? "fine" : "something is wrong"),

@@ -115,7 +115,17 @@ Expected<void> add_history(SiteReport& report, const std::string& path) {
       .and_then([&] { return add_totals(*history, kPeriod24, report.now, report.days); })
       .and_then([&] { return add_spans(*history, report); })
       .and_then([&] { return add_last_week(*history, report); })
-      .and_then([&] { return add_partner_days(*history, report); });
+      .and_then([&] { return add_partner_days(*history, report); })
+      .map([&] {
+        // The last slot is not over: what counts in it are the figures of now.
+        const auto& [hour, day, week] = report.spans;
+        report.hours.add(report.now, {hour.now.rin, hour.now.out});
+        report.days.add(report.now, {day.now.rin, day.now.out});
+        for (Partner& partner : report.partners) {
+          const PeriodBlock& figures = partner.row->periods[kPeriod24];
+          if (partner.days) partner.days->add(report.now, {figures.rin, figures.out});
+        }
+      });
 }
 
 }  // namespace
