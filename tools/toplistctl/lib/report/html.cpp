@@ -194,7 +194,7 @@ std::string time_text(std::int64_t time, const char* format) {
   const std::time_t value = time;
   std::tm local{};
   ::localtime_r(&value, &local);
-  std::array<char, 32> text{};
+  std::array<char, 64> text{};
   std::strftime(text.data(), text.size(), format, &local);
   return text.data();
 }

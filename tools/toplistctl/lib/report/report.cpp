@@ -117,7 +117,7 @@ std::string span_card(const Span& span) {
       {"Clicks", &SnapshotTotals::clk}};
   return fmt::format(
       "<article class=\"card\"><h3>Last {0}</h3><table><thead><tr><td></td><th scope=\"col\" "
-      "class=\"num\">Now</th><th scope=\"col\" class=\"num\">{0} before</th><th scope=\"col\" "
+      "class=\"num\">Now</th><th scope=\"col\" class=\"num\">Before</th><th scope=\"col\" "
       "class=\"num\">Change</th></tr></thead><tbody>{1}</tbody></table></article>",
       span.name, joined(kRows, [&span](const auto& row) {
         const auto& [name, member] = row;
@@ -176,19 +176,19 @@ std::string changes(const SiteReport& report) {
   const auto is_silent = [](const Partner& p) { return p.row->periods[kPeriod24].rin <= 0; };
   const bool known = report.knows_last_week;
   return moves_card(
-             report, "Rose most against last week <small>visitors in, 7 days</small>", known,
+             report, "Rose most <small>visitors in, this week against last week</small>", known,
              [](const Partner& p) { return p.change(); }, difference) +
          moves_card(
-             report, "Fell most against last week <small>visitors in, 7 days</small>", known,
+             report, "Fell most <small>visitors in, this week against last week</small>", known,
              [](const Partner& p) { return -p.change(); }, difference) +
          moves_card(
-             report, "Sent nothing for a day <small>visitors in, 7 days</small>", true,
+             report, "Sent nothing for a day <small>visitors in, this week</small>", true,
              [&](const Partner& p) {
                return is_silent(p) ? std::max<std::int64_t>(week_of(p), 0) + 1 : 0;
              },
              week) +
          moves_card(
-             report, "New since last week <small>visitors in, 7 days</small>", known,
+             report, "New since last week <small>visitors in, this week</small>", known,
              [](const Partner& p) {
                return p.is_new ? std::max<std::int64_t>(week_of(p), 0) + 1 : 0;
              },
@@ -273,21 +273,6 @@ class Pictures {
   std::size_t room_ = 768UL << 10U;  ///< 1 MiB in the page
 };
 
-constexpr const char* kHeadings =
-    "<th scope=\"col\" class=\"num\">#</th><th scope=\"col\">Partner</th><th scope=\"col\" "
-    "class=\"num\">In</th><th scope=\"col\" class=\"num\">Out</th>{}<th scope=\"col\" "
-    "class=\"num\">Balance</th>{}{}<th scope=\"col\" class=\"wide\">Toplists</th>";
-
-std::string partners_table(const char* traffic, const char* days, const std::string& rows) {
-  const std::string ratios = joined(std::span(kRatios).first(kQualities), [](const Ratio& ratio) {
-    return fmt::format("<th scope=\"col\" class=\"num wide\">{}<wbr>/{}</th>",
-                       counter_name(ratio.numerator), counter_name(ratio.denominator));
-  });
-  return fmt::format(
-      "<table class=\"boxed sortable\"><thead><tr>{}</tr></thead><tbody>\n{}</tbody></table>",
-      fmt::format(fmt::runtime(kHeadings), traffic, ratios, days), rows);
-}
-
 std::string top_table(const SiteReport& report, std::span<const Partner> partners) {
   std::int64_t most = 0;
   for (const Partner& partner : partners) {
@@ -295,27 +280,27 @@ std::string top_table(const SiteReport& report, std::span<const Partner> partner
   }
   Pictures pictures(*report.site);
   std::size_t number = 0;
-  return partners_table(
-      "<th scope=\"col\" class=\"mid fixed\">In and out</th>",
-      "<th scope=\"col\" class=\"mid fixed\">30 days, in</th>",
-      joined(partners, [&](const Partner& partner) {
-        const PeriodBlock& day = partner.row->periods[kPeriod24];
-        return filled_in(
-            "row.html", fmt::arg("number", ++number),
-            fmt::arg("picture", pictures.of(*partner.row)),
-            fmt::arg("title", html_text(title_of(*partner.row))),
-            fmt::arg("domain", html_text(partner.row->domain)),
-            fmt::arg("in", number_text(day.rin)), fmt::arg("out", number_text(day.out)),
-            fmt::arg("bars", bars(day_of(partner), most)),
-            fmt::arg("balance", number_text(day.percent[kQualities])),
-            fmt::arg("ratios", joined(std::span(day.percent).first(kQualities),
-                                      [](std::int32_t percent) {
-                                        return fmt::format("<td class=\"num wide\">{}</td>",
-                                                           number_text(percent));
-                                      })),
-            fmt::arg("days", report.has_history ? sparkline(*partner.days) : "–"),
-            fmt::arg("where", where(report, partner)));
-      }));
+  return filled_in(
+      "table.html",
+      fmt::arg("rows", joined(partners, [&](const Partner& partner) {
+                 const PeriodBlock& day = partner.row->periods[kPeriod24];
+                 return filled_in(
+                     "row.html", fmt::arg("number", ++number),
+                     fmt::arg("picture", pictures.of(*partner.row)),
+                     fmt::arg("title", html_text(title_of(*partner.row))),
+                     fmt::arg("domain", html_text(partner.row->domain)),
+                     fmt::arg("in", number_text(day.rin)), fmt::arg("out", number_text(day.out)),
+                     fmt::arg("bars", bars(day_of(partner), most)),
+                     fmt::arg("balance", number_text(day.percent[kQualities])),
+                     fmt::arg("ratios", joined(std::span(day.percent).first(kQualities),
+                                               [](std::int32_t percent) {
+                                                 return fmt::format(
+                                                     "<td class=\"num wide\">{}</td>",
+                                                     number_text(percent));
+                                               })),
+                     fmt::arg("days", report.has_history ? sparkline(*partner.days) : "–"),
+                     fmt::arg("where", where(report, partner)));
+               })));
 }
 
 /// Lines without end tags, which are optional: there may be thousands of them.
@@ -335,8 +320,8 @@ std::string others_table(const SiteReport& report, std::span<const Partner> part
                }),
         where(report, partner));
   });
-  return fmt::format("<details><summary>The other {}</summary>{}</details>",
-                     count_of(partners.size(), "partner"), partners_table("", "", rows));
+  return filled_in("others.html", fmt::arg("count", count_of(partners.size(), "partner")),
+                   fmt::arg("rows", rows));
 }
 
 /// A line of figures, one for each period.
