@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <ctime>
+#include <ranges>
 
 #include "toplistctl/lib/diagnostics/diagnostic.h"
 #include "toplistctl/lib/output/console.h"
@@ -16,6 +17,10 @@ namespace {
 
 constexpr int kChartHeight = 200;  ///< in units of the drawing, which is stretched to its box
 constexpr int kSparkHeight = 20;
+
+/// The first one first to escape, and last to decode.
+constexpr std::pair<const char*, const char*> kEntities[] = {
+    {"&", "&amp;"}, {"<", "&lt;"}, {">", "&gt;"}, {"\"", "&quot;"}, {"'", "&#39;"}};
 
 using Member = std::int64_t Traffic::*;
 
@@ -163,10 +168,16 @@ std::string html_text(std::string_view text) {
     while ((static_cast<unsigned char>(html[end]) & 0xC0U) == 0x80U) --end;
     html.replace(end, std::string::npos, "…");
   }
-  constexpr std::pair<const char*, const char*> kEntities[] = {
-      {"&", "&amp;"}, {"<", "&lt;"}, {">", "&gt;"}, {"\"", "&quot;"}, {"'", "&#39;"}};
   for (const auto& [character, entity] : kEntities) replace_all(html, character, entity);
   return html;
+}
+
+std::string decoded(std::string_view html) {
+  std::string text(html);
+  for (const auto& [character, entity] : std::views::reverse(kEntities)) {
+    replace_all(text, entity, character);
+  }
+  return text;
 }
 
 std::string base64(std::string_view bytes) {

@@ -130,9 +130,10 @@ std::string span_card(const Span& span) {
       }));
 }
 
-std::string_view title_of(const TradeRow& row) {
-  return row.extra_columns.empty() || row.extra_columns[0].empty() ? std::string_view(row.domain)
-                                                                   : row.extra_columns[0];
+/// The title, or the domain of a partner without one.
+std::string title_of(const TradeRow& row) {
+  return row.extra_columns.empty() || row.extra_columns[0].empty() ? row.domain
+                                                                   : decoded(row.extra_columns[0]);
 }
 
 /// A partner's title, which leads to its section if it has one.
