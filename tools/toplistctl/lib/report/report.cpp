@@ -62,15 +62,11 @@ std::string pages_table(const SiteStatus& status) {
   return table(pages);
 }
 
-/// All that keeps the status from being fine, in sentences.
+/// What is wrong, in sentences, besides the pages that are late or missing.
 std::vector<std::string> problems_of(const SiteStatus& status) {
   std::vector<std::string> problems;
   for (const PageStatus& page : status.pages) {
-    if (page.is_fine()) continue;
-    problems.push_back(
-        page.cut   ? fmt::format("{}: {}.", page.page, *page.cut)
-        : page.age ? fmt::format("{} is late: it is {} old.", page.page, duration_text(*page.age))
-                   : fmt::format("{} is missing.", page.page));
+    if (page.cut) problems.push_back(fmt::format("{}: {}.", page.page, *page.cut));
   }
   if (!status.ending.empty()) {
     problems.push_back(fmt::format("The next run ends early: {}.", status.ending));
@@ -217,7 +213,7 @@ std::string place_text(const SiteReport& report, const Partner& partner, std::si
   std::string text = fmt::format("number {} of {}", number_text(number),
                                  number_text(static_cast<std::int64_t>(toplist.passing.size())));
   if (!toplist.next_run.is_built()) return text + ", but the next run does not write the page";
-  return report.is_shown(partner, index) ? text : text + ", for which the page has no place";
+  return report.is_shown(partner, index) ? text : text + ", too low for the page";
 }
 
 const std::string& page_of(const SiteReport& report, std::size_t index) {
@@ -271,7 +267,7 @@ class Pictures {
 
  private:
   std::string folder_;
-  std::size_t room_ = 768UL << 10U;  ///< 1 MiB in the page
+  std::size_t room_ = 512UL << 10U;  ///< as text, a third more
 };
 
 std::string top_table(const SiteReport& report, std::span<const Partner> partners) {
@@ -308,18 +304,13 @@ std::string top_table(const SiteReport& report, std::span<const Partner> partner
 std::string others_table(const SiteReport& report, std::span<const Partner> partners) {
   if (partners.empty()) return "";
   std::size_t number = report.top;
+  const auto cell = [](std::int32_t figure) { return "<td>" + number_text(figure); };
   const std::string rows = joined(partners, [&](const Partner& partner) {
     const PeriodBlock& day = partner.row->periods[kPeriod24];
-    return fmt::format(
-        "<tr><td class=num>{}<td>{}<td class=num>{}<td class=num>{}<td class=num>{}{}<td "
-        "class=wide>{}\n",
-        ++number, html_text(partner.row->domain), number_text(day.rin), number_text(day.out),
-        number_text(day.percent[kQualities]),
-        joined(std::span(day.percent).first(kQualities),
-               [](std::int32_t percent) {
-                 return fmt::format("<td class=\"num wide\">{}", number_text(percent));
-               }),
-        where(report, partner));
+    return fmt::format("<tr><td>{}<td>{}{}{}{}{}<td>{}\n", ++number, html_text(partner.row->domain),
+                       cell(day.rin), cell(day.out), cell(day.percent[kQualities]),
+                       joined(std::span(day.percent).first(kQualities), cell),
+                       where(report, partner));
   });
   return filled_in("others.html", fmt::arg("count", count_of(partners.size(), "partner")),
                    fmt::arg("rows", rows));
@@ -330,7 +321,7 @@ template <typename Figure>
 std::string figures_row(std::string_view name, const TradeRow& row, const Figure& figure) {
   return fmt::format("<tr><th scope=\"row\">{}</th>{}</tr>", name,
                      joined(row.periods, [&](const PeriodBlock& block) {
-                       return fmt::format("<td class=\"num\">{}</td>", number_text(figure(block)));
+                       return fmt::format("<td>{}</td>", number_text(figure(block)));
                      }));
 }
 
