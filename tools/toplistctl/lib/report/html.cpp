@@ -19,7 +19,7 @@ constexpr int kChartHeight = 200;  ///< in units of the drawing, which is stretc
 constexpr int kSparkHeight = 20;
 
 /// The first one first to escape, and last to decode.
-constexpr std::pair<const char*, const char*> kEntities[] = {
+constexpr std::pair<std::string_view, std::string_view> kEntities[] = {
     {"&", "&amp;"}, {"<", "&lt;"}, {">", "&gt;"}, {"\"", "&quot;"}, {"'", "&#39;"}};
 
 using Member = std::int64_t Traffic::*;
@@ -175,7 +175,7 @@ std::string html_text(std::string_view text) {
 std::string decoded(std::string_view html) {
   std::string text(html);
   for (const auto& [character, entity] : std::views::reverse(kEntities)) {
-    replace_all(text, entity, character);
+    replace_all(text, entity.substr(0, entity.size() - 1), character);
   }
   return text;
 }

@@ -13,7 +13,8 @@ namespace toplist::ctl {
 /// and no longer than what a person reads.
 std::string html_text(std::string_view text);
 
-/// A text of HTML, such as a title, with its entities as the characters that they stand for.
+/// A title, which is HTML, with its entities as the characters that they stand for. They have no
+/// ";", which separates alternatives.
 std::string decoded(std::string_view html);
 
 std::string base64(std::string_view bytes);
