@@ -147,7 +147,8 @@ class FiguresImporter {
   Expected<void> add_history(const Trade& trade, std::size_t row) {
     const std::string_view domain = domain_of(*trade.record);
     if (trade.shares_id) {
-      error(row, kId, "two trades of different domains have this id, so it does not name a history");
+      error(row, kId,
+            "two trades of different domains have this id, so it does not name a history");
       return {};
     }
     if (contains(domain, "/")) {
