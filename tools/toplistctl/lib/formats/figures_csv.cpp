@@ -101,7 +101,7 @@ class FiguresImporter {
     Trade& trade = trades_[found->second];
     if (const auto earlier = trade.rows.at(*period)) {
       return error(row, kId,
-                   fmt::format("line {} has this id and period, too", table_.line(*earlier)));
+                   fmt::format("line {} has the same id and period", table_.line(*earlier)));
     }
     trade.rows.at(*period) = row;
     const bool is_all_time = *period == kPeriod99;
@@ -143,7 +143,7 @@ class FiguresImporter {
   Expected<void> add_history(const Trade& trade, std::size_t row) {
     const std::string_view domain = domain_of(*trade.record);
     if (contains(domain, "/")) {
-      error(row, kId, "the domain of this trade holds a \"/\", so it cannot name a history");
+      error(row, kId, "the domain of this trade contains a \"/\", so it cannot name a history");
       return {};
     }
     const auto before = histories_(domain);
