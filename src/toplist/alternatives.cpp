@@ -33,7 +33,7 @@ class SecondsDraw {
   std::size_t drawn_ = 0;
 };
 
-/// Number of pieces of a text that is not empty: a separator at its end begins no further one.
+/// Number of pieces of a text that is not empty. A separator at its end starts no further piece.
 std::size_t piece_count(std::string_view text) {
   const auto separators = std::count(text.begin(), text.end() - 1, kAlternativeSeparator);
   return static_cast<std::size_t>(separators) + 1;

@@ -105,7 +105,7 @@ class FiguresImporter {
     Trade& trade = trades_[found->second];
     if (const auto earlier = trade.rows.at(*period)) {
       return error(row, kId,
-                   fmt::format("line {} has this id and period, too", table_.line(*earlier)));
+                   fmt::format("line {} has the same id and period", table_.line(*earlier)));
     }
     trade.rows.at(*period) = row;
     const bool is_all_time = *period == kPeriod99;
@@ -152,7 +152,7 @@ class FiguresImporter {
       return {};
     }
     if (contains(domain, "/")) {
-      error(row, kId, "the domain of this trade holds a \"/\", so it cannot name a history");
+      error(row, kId, "the domain of this trade contains a \"/\", so it cannot name a history");
       return {};
     }
     const auto before = histories_(domain);
