@@ -33,11 +33,11 @@ constexpr std::size_t kMostFindings = 50;
 /// One toplist's page, made of its source or its template.
 struct Draft {
   const ToplistView* toplist;
-  std::optional<std::string> page;  ///< nothing when an error keeps it from being made
-  Diagnostics errors;               ///< that keep values out of the page, or the page as a whole
-  Diagnostics findings;             ///< all others
-  std::size_t places = 0;           ///< ranks that the template names
-  std::size_t shown = 0;            ///< those of them that have a trade
+  std::optional<std::string> page = {};  ///< nothing when an error keeps it from being made
+  Diagnostics errors = {};    ///< that keep values out of the page, or the page as a whole
+  Diagnostics findings = {};  ///< all others
+  std::size_t places = 0;     ///< ranks that the template names
+  std::size_t shown = 0;      ///< those of them that have a trade
   bool has_source = false;
   bool is_installed = false;  ///< the next run would build just this template
 

@@ -18,7 +18,8 @@ struct Snapshot {
   std::vector<std::string> inputs;  ///< the files that it was made of, other than figures
 };
 
-/// Where the preview's own addresses begin. No file of a site has such a path: dot files are private.
+/// Where the preview's own addresses begin. No file of a site has such a path: dot files are
+/// private.
 inline constexpr std::string_view kOwnFolder = "/.preview/";
 
 /// Looks at the site in the working directory. A page whose template has an error is taken from

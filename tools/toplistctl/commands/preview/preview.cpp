@@ -10,6 +10,8 @@
 #include <string>
 #include <utility>
 
+#include "run/statistics.h"
+#include "toplist/definitions.h"
 #include "toplistctl/commands.h"
 #include "toplistctl/commands/preview/page_maker.h"
 #include "toplistctl/commands/preview/server.h"
@@ -17,7 +19,6 @@
 #include "toplistctl/lib/output/console.h"
 #include "toplistctl/lib/site_files/read_file.h"
 #include "toplistctl/lib/site_files/site_root.h"
-#include "toplist/definitions.h"
 
 namespace toplist::ctl {
 namespace {

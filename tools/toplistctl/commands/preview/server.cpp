@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <filesystem>
 #include <mutex>
@@ -65,7 +66,8 @@ const char* type_of(const fs::path& path) {
 }
 
 constexpr const char* kShellPolicy =
-    "default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; frame-src 'self'; "
+    "default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; frame-src "
+    "'self'; "
     "img-src data:; base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
 constexpr const char* kPagePolicy = "frame-ancestors 'self'";
 
@@ -129,9 +131,9 @@ class PreviewServer::Server {
 
   Expected<std::uint16_t> listen(std::uint16_t port) {
     errno = 0;
-    const int bound = port == 0                                ? server_.bind_to_any_port(kAddress)
+    const int bound = port == 0                              ? server_.bind_to_any_port(kAddress)
                       : server_.bind_to_port(kAddress, port) ? port
-                                                               : -1;
+                                                             : -1;
     if (bound <= 0) {
       const int error = errno;
       return tl::unexpected(Error{"cannot listen at", fmt::format("{}:{}", kAddress, port), error,
@@ -182,10 +184,9 @@ class PreviewServer::Server {
     const std::string& path = request.path;
     if (path == "/" && destination(request) != "iframe") return show_shell(response);
     if (path.starts_with(kOwnFolder) && answer_own(request, *now, response)) return;
-    if (path.starts_with('/')) show(path.ends_with('/') ? path + "index.html" : path, request, *now, response);
-    if (response.status == -1 && response.content_length_ == 0 && response.body.empty()) {
-      set_text(response, 404, "There is no such file that a web server may show.");
-    }
+    const std::string file = path.ends_with('/') ? path + "index.html" : path;
+    if (file.starts_with('/') && show(file, request, *now, response)) return;
+    set_text(response, 404, "There is no such file that a web server may show.");
   }
 
   /// The files of the bar, and what it polls. False when there is no such file.
@@ -210,25 +211,33 @@ class PreviewServer::Server {
     response.set_content(std::string(content("preview/shell.html")), "text/html; charset=utf-8");
   }
 
-  void show(const std::string& path, const Request& request, const Published& now,
+  /// A page, or a file of the site. False when there is none.
+  bool show(const std::string& path, const Request& request, const Published& now,
             Response& response) {
     const auto page = now.snapshot.pages.find(path);
     const bool is_page = page != now.snapshot.pages.end();
     const fs::path file = path.substr(1);
     auto opened = is_page ? std::nullopt : open_public_file(file);
     if (!is_page && is_public(file)) files_.add(file);
-    if (!is_page && !opened) return;
+    if (!is_page && !opened) return false;
     const char* const type = is_page ? kHtml : type_of(file);
     if (type == kHtml) {
-      if (destination(request) == "document") return show_shell(response);
+      if (destination(request) == "document") {
+        show_shell(response);
+        return true;
+      }
       response.set_header("Content-Security-Policy", kPagePolicy);
     }
-    if (is_page) return response.set_content(page->second, type);
-    send_file(std::move(*opened), type, response);
+    if (is_page) {
+      response.set_content(page->second, type);
+    } else {
+      send_file(std::move(*opened), type, response);
+    }
+    return true;
   }
 
   static void send_file(PublicFile opened, const char* type, Response& response) {
-    if (opened.size == 0) return response.set_content("", type), void(response.status = 200);
+    if (opened.size == 0) return response.set_content("", type);
     const auto file = std::make_shared<PublicFile>(std::move(opened));
     response.set_content_provider(
         file->size, type, [file](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
