@@ -188,6 +188,7 @@ class SnapshotMaker {
         {"active", site_.run.rows.size()},
         {"built", toplist.next_run.is_built()},
         {"next_run", toplist.next_run.text()},
+        {"installed", draft.is_installed},
         {"overwritten_by", &winner == &draft ? Value() : Value(winner.toplist->record)},
         {"install", install_command(draft)},
         {"errors", list_of(draft.errors)},

@@ -29,7 +29,7 @@ struct Arguments {
   std::size_t port = 8000;
 };
 
-constexpr long kLookNanoseconds = 100'000'000;
+constexpr long kLookNanoseconds = 50'000'000;
 
 /// Looks for changes and publishes what comes of them.
 class Preview {

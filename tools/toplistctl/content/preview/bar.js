@@ -2,7 +2,7 @@
 // its own from each browser, which opens only six to one server.
 "use strict";
 
-const POLL_MS = 150;
+const POLL_MS = 100;
 const LOST_MS = 1000;
 const get = (id) => document.getElementById(id);
 const frame = get("page");
@@ -49,7 +49,7 @@ function nextRun(toplist) {
   const overwritten = toplist.overwritten_by
     ? `, and record ${toplist.overwritten_by} writes over it` : "";
   if (!toplist.built) return toplist.next_run;
-  return (toplist.install ? "builds the installed template, not this one" : "builds this page") + overwritten;
+  return (toplist.installed ? "builds this page" : "builds the installed template, not this one") + overwritten;
 }
 
 function showErrors(toplist) {
@@ -79,7 +79,7 @@ function showBar() {
   get("places").textContent = `${toplist.shown} of ${toplist.places} filled`;
   get("trades").textContent = `${toplist.passing} of ${toplist.active} pass its settings`;
   get("next-run").textContent = nextRun(toplist);
-  get("next-run").className = toplist.built && !toplist.overwritten_by ? "" : "bad";
+  get("next-run").className = toplist.built && toplist.installed && !toplist.overwritten_by ? "" : "bad";
   const count = toplist.findings.length;
   get("findings-button").textContent = count === 1 ? "1 finding" : `${count} findings`;
   get("findings-button").className = count ? "some" : "";
@@ -87,7 +87,7 @@ function showBar() {
   if (count === 0) get("findings").hidden = true;
   items(get("findings"), toplist.findings);
   get("install").className = toplist.install ? "" : "done";
-  get("command").textContent = toplist.install ?? (toplist.errors.length ? "" : "installed");
+  get("command").textContent = toplist.install ?? (toplist.installed ? "installed" : "");
   get("copy").hidden = !toplist.install;
 }
 

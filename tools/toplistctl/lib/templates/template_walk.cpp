@@ -71,8 +71,7 @@ std::set<std::int32_t> ranks_named(const ToplistView& toplist) {
 
 std::set<std::int32_t> ranks_named(std::string_view text, RankedRows rows) {
   std::set<std::int32_t> ranks;
-  walk_template(text, rows,
-                {.tag = [&ranks](const TagSpot& spot) {
+  walk_template(text, rows, {.tag = [&ranks](const TagSpot& spot) {
                   if (spot.tag && !spot.from_value) ranks.insert(spot.tag->rank);
                 }});
   return ranks;
