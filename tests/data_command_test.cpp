@@ -125,7 +125,7 @@ TEST(DataCommands, NothingIsChangedWhereSomethingIsWrong) {
             "tenth. Nothing was changed.\n"},
            {"toplistctl set 101 title='50%%' status=x", 1,
             "toplistctl: column status: this must be a whole number\n"
-            "toplistctl: column title: must not hold \"%%\", which begins a tag\n"
+            "toplistctl: column title: must not contain \"%%\", which starts a tag\n"
             "toplistctl: Nothing was changed.\n"},
            {"toplistctl set 101 domain=t02.example", 2,
             "toplistctl: another trade has the domain t02.example. Nothing was changed.\n"},
@@ -307,7 +307,8 @@ TEST(DataCommands, ASmallDatabaseIsFilledUpAndBuilds) {
             0);
   EXPECT_EQ(shell.out(),
             "Trades: 1 added, 0 changed, 0 unchanged, 0 removed.\n"
-            "Added 9 records of no trade, with ids below 0: a run takes fewer than 10 for a "
+            "Added 9 records that belong to no trade, with ids below 0. A run takes fewer than 10 "
+            "records for a "
             "database that is still being written.\n");
   EXPECT_EQ(site.run(), RunResult{});
   EXPECT_EQ(site.read("top.html"), "7 A \"a\"  \n");

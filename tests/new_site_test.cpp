@@ -95,7 +95,7 @@ const std::vector<std::vector<std::string>> kCommands{
     {"sample"}, {"init"}, {"init", "--harvest-of", "."}};
 
 constexpr const char* kRule =
-    ". It must be a new folder, or an empty one of yours. Nothing was created\n";
+    ". Name a new folder in an existing one, or an empty folder of yours. Nothing was created.\n";
 
 TEST(NewSite, IsCreatedOnlyWhereNothingIs) {
   const Site site;

@@ -50,7 +50,7 @@ void pick_by(Draw draw, std::span<TradeRow> rows) {
 
 std::size_t alternative_count(std::string_view column) {
   if (column.empty()) return 1;
-  // A separator at the end begins no further piece.
+  // A separator at the end starts no further piece.
   const auto separators = std::count(column.begin(), column.end() - 1, kAlternativeSeparator);
   return static_cast<std::size_t>(separators) + 1;
 }

@@ -12,8 +12,8 @@ namespace toplist {
 /// final semicolon adds no empty piece.
 ///
 /// Each pick is the first number that the C library's generator draws when it is seeded with the
-/// current second. So all picks of one second take the same position among lists of equal length,
-/// so the columns of a trade stay in step (contract: same-second).
+/// current second. So all picks of one second take the same position in lists of equal length, and
+/// the columns of a trade match (contract: same-second).
 void pick_alternatives(std::span<TradeRow> rows);
 
 /// The same in a second whose first number is `drawn`.

@@ -23,7 +23,7 @@ constexpr std::array<void (*)(const Command&), 17> kCommands{
 int main(int argc, char** argv) {
   survive_broken_pipes();
   try {
-    return run_command_line(argc, argv, "Companion of the toplist builder",
+    return run_command_line(argc, argv, "Checks, shows and changes the sites of toplist",
                             "toplistctl " TOPLIST_VERSION, kCommands);
   } catch (const std::exception& error) {
     return fail(error.what());
