@@ -172,6 +172,8 @@ TEST(PreviewServer, ShowsTheNextRunsPagesAndPublicFilesOnly) {
     const std::string header = std::string("\r\nSec-Fetch-Dest: ") + dest;
     EXPECT_EQ(contains(preview.get(path, header), "/.preview/bar.js"), has_bar) << path << dest;
   }
+  EXPECT_TRUE(contains(preview.get("/report", "\r\nSec-Fetch-Dest: document"), "t12.example"));
+  EXPECT_TRUE(preview.get("/report", "\r\nSec-Fetch-Dest: empty").starts_with("HTTP/1.1 403"));
   const std::string plain = preview.body("/plain.html");
   EXPECT_EQ(preview.end(SIGINT), 0);
   EXPECT_EQ(site.contents(), before);

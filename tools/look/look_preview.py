@@ -36,8 +36,7 @@ def wait_for(browser, what, script, is_right, limit=PATIENCE_SECONDS):
     started = time.monotonic()
     while not is_right(value := browser.evaluate(script)):
         if time.monotonic() - started > PATIENCE_SECONDS:
-            faults.append(f"{what}: still {value!r}")
-            return
+            sys.exit(f"{what}: still {value!r}")
         time.sleep(0.02)
     took = time.monotonic() - started
     print(f"{what}: {took:.2f} s")

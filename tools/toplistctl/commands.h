@@ -53,6 +53,9 @@ void add_try_harvest_command(const Command& program);
 /// record: adds the figures of all active trades to a database.
 void add_record_command(const Command& program);
 
+/// report: writes a page about the site's traffic.
+void add_report_command(const Command& program);
+
 /// complete -- WORDS: what the last of them may become, for the shell; not shown in the help. The
 /// first line names what the shell completes itself ("directory", "file", "user") or is empty. Each
 /// further line is a word.

@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "toplistctl/lib/new_site/new_site.h"
+#include "toplistctl/lib/report/report.h"
 #include "toplistctl/lib/site_files/public_file.h"
 
 namespace toplist::ctl {
@@ -183,6 +184,7 @@ class PreviewServer::Server {
     const auto now = published();
     const std::string& path = request.path;
     if (path == "/" && destination(request) != "iframe") return show_shell(response);
+    if (path == "/report") return show_report(request, response);
     if (path.starts_with(kOwnFolder) && answer_own(request, *now, response)) return;
     const std::string file = path.ends_with('/') ? path + "index.html" : path;
     if (file.starts_with('/') && show(file, request, *now, response)) return;
@@ -209,6 +211,21 @@ class PreviewServer::Server {
   static void show_shell(Response& response) {
     response.set_header("Content-Security-Policy", kShellPolicy);
     response.set_content(std::string(content("preview/shell.html")), "text/html; charset=utf-8");
+  }
+
+  /// The operator's report. It is no business of the pages, whose scripts may be a partner's: they
+  /// can neither fetch it, frame it, nor read it in a window that they open.
+  void show_report(const Request& request, Response& response) {
+    const std::string dest = destination(request);
+    if (!dest.empty() && dest != "document") {
+      return set_text(response, 403, "Open the report in a window of its own.");
+    }
+    const std::lock_guard one_at_a_time(report_mutex_);
+    const auto page = report_page({});
+    if (!page) return set_text(response, 500, page.error().text());
+    response.set_header("Cross-Origin-Opener-Policy", "same-origin");
+    response.set_header("X-Frame-Options", "DENY");
+    response.set_content(*page, "text/html; charset=utf-8");
   }
 
   /// A page, or a file of the site. False when there is none.
@@ -250,6 +267,7 @@ class PreviewServer::Server {
 
   Watch& files_;
   std::vector<std::string> hosts_;  ///< as browsers name this server
+  std::mutex report_mutex_;
   std::mutex mutex_;
   std::shared_ptr<const Published> published_;
   httplib::Server server_;
