@@ -186,11 +186,11 @@ TEST(DataCsv, EveryErrorInFiguresIsReportedWithItsPlace) {
       "csv:2:1: column id: the site has no trade with this id\n"
       "csv:3:2: column period: this must be 60, 24, 07 or 99\n"
       "csv:4:4: column further1: this must be a whole number\n"
-      "csv:5:1: column id: line 4 has this id and period, too\n"
+      "csv:5:1: column id: line 4 has the same id and period\n"
       "csv:6:4: column further1: this must be 0 in period 99\n"
       "csv:7:1: column id: line 6 has the same domain and other figures. Trades of one domain "
       "share their history\n"
-      "csv:8:1: column id: the domain of this trade holds a \"/\", so it cannot name a "
+      "csv:8:1: column id: the domain of this trade contains a \"/\", so it cannot name a "
       "history\n");
 }
 

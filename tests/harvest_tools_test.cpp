@@ -149,7 +149,7 @@ TEST(TryHarvest, ReportsWhyEachPictureIsRefusedOrTaken) {
 TEST(TryHarvest, ReportsWhatKeepsARunFromTryingAtAll) {
   const std::string no_page =
       "Page: http://www.a.e/in\n"
-      "  nothing came: the host is not known\n";
+      "  the fetch failed: the host is not known\n";
   EXPECT_EQ(trace({}, {.fetch_method = "9", .harvest = "1"}, 11),
             "Line 5 of the configuration is not a fetch method: nothing is fetched.\n");
   EXPECT_EQ(trace({}, {}, 3),
@@ -180,7 +180,7 @@ TEST(TryHarvest, FetchesAsARunDoesAndStoresNothing) {
   }
   site.write("bin/fetch", "#!/bin/sh\n");
   EXPECT_EQ(site.run_ctl("try-harvest 112"), 1);
-  EXPECT_NE(site.read("out").find("nothing came by fetch"), std::string::npos) << site.read("out");
+  EXPECT_NE(site.read("out").find("fetch returned nothing"), std::string::npos) << site.read("out");
 }
 
 TEST(TryHarvest, RootDoesNotWriteThroughALinkOfTheSitesOwner) {

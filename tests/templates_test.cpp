@@ -65,9 +65,9 @@ TEST(Expansion, WhatHasNoEndIsAnError) {
   }
   sources["large"] =
       "<!-- repeat 0-999 -->\n" + std::string(1UL << 20, 'x') + "\n<!-- end repeat -->\n";
-  for (const auto& [path, message] : {std::pair{"0", "includes without end: 0 -> 1 -> "},
-                                      {"s", "includes without end: s -> x/y -> x/x/y -> "},
-                                      {"large", "from here on the expansion is too large"}}) {
+  for (const auto& [path, message] : {std::pair{"0", "includes without an end: 0 -> 1 -> "},
+                                      {"s", "includes without an end: s -> x/y -> x/x/y -> "},
+                                      {"large", "the template becomes too large here"}}) {
     const Expansion expansion = expand(path, sources);
     ASSERT_EQ(expansion.errors.size(), 1U) << path;
     EXPECT_TRUE(expansion.errors[0].message.starts_with(message)) << expansion.errors[0].message;

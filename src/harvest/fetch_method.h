@@ -16,13 +16,13 @@ struct DownloadMethod {
   const Downloader& downloader;
   std::string (*fetch)(const std::string& temp_path, const std::string& url);
 
-  /// The name of the program, to be found in PATH.
+  /// The name of the program, which must be in PATH.
   [[nodiscard]] std::string_view program() const {
     return downloader.command.substr(0, downloader.command.find(' '));
   }
 };
 
-/// The method of this number, as a whole text; nullptr when there is none.
+/// The method whose number is exactly this text; nullptr if there is none.
 const DownloadMethod* find_download_method(std::string_view number);
 
 /// Whether the harvest fetches anything with this value of the configuration's fetch method.

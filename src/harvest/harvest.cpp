@@ -25,7 +25,7 @@ void harvest_group(std::span<HarvestVisit> group, HarvestThread thread) {
 
 void harvest_thumbnails(std::span<const TradeRecord> trades, HarvestThread thread) {
   const RaisedDescriptorLimit raised;
-  std::vector<HarvestVisit> visits;  // all of them to the end: they own what is held open
+  std::vector<HarvestVisit> visits;  // kept to the end: they own the open connections
   for (std::size_t i = kFirstHarvestedTrade; i < trades.size(); ++i) visits.push_back({&trades[i]});
   for (std::size_t first = 0; first < visits.size(); first += kHarvestThreads) {
     const std::size_t count = std::min(kHarvestThreads, visits.size() - first);

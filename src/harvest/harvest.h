@@ -14,12 +14,12 @@ inline constexpr std::size_t kHarvestThreads = 8;
 /// What a harvester thread runs; its argument is a `HarvestVisit*`.
 using HarvestThread = void* (*)(void* visit);
 
-/// Visits every trade from kFirstHarvestedTrade on, whatever its status, with a thread each. The
-/// threads run in groups of kHarvestThreads; the next group starts when all of a group have ended.
+/// Visits every trade from kFirstHarvestedTrade on, active or not, with a thread for each. The
+/// threads run in groups of kHarvestThreads. The next group starts when all of a group have ended.
 /// A thread that cannot be started is ignored.
 ///
-/// Connections that the threads hold open stay so until the harvest ends. Each takes a descriptor,
-/// so the harvest has a RaisedDescriptorLimit.
+/// Connections that the threads leave open stay open until the harvest ends. Each takes a
+/// descriptor, so the harvest has a RaisedDescriptorLimit.
 void harvest_thumbnails(std::span<const TradeRecord> trades, HarvestThread thread);
 
 /// The same with harvest_worker().

@@ -10,7 +10,7 @@ namespace toplist {
 inline constexpr const char* kHarvestConfigPath = "d/tl/vantaig";
 
 /// The harvest configuration, "d/tl/vantaig": one value per line. Lines end at a line feed only, so
-/// a carriage return belongs to the value in front of it.
+/// a carriage return belongs to the value before it.
 ///
 /// Line 1 is the directory of the thumbnails, with its own trailing "/"; 2 the image tool; 3 text
 /// between the tool's input and output path; 5 the fetch method ("0" the built-in client, "1" wget,

@@ -23,8 +23,8 @@ void harvest_trade(const TradeRecord& trade, const RawFetch& raw_fetch) {
   const TradeHarvest harvest(trade, config, raw_fetch);
   const std::string page = harvest.fetch_page();
 
-  // A longer file ends the harvest silently, and only here, after the fetch. A shorter one has been
-  // filled up, so the message is never written (contract: seven-lines).
+  // With a longer file the harvest ends here, after the fetch, and logs nothing. A shorter one has
+  // been padded, so the message is never written (contract: seven-lines).
   if (config.lines.size() < HarvestConfig::kLineCount) {
     log_failure(content_error(std::string("Invalid data found in file ") + kHarvestConfigPath));
   }
@@ -37,8 +37,8 @@ void harvest_trade(const TradeRecord& trade, const RawFetch& raw_fetch) {
 
 void* harvest_worker(void* visit) {
   auto& [trade, held_open] = *static_cast<HarvestVisit*>(visit);
-  // What memory cannot hold costs this trade its thumbnail; whether the run goes on is for the main
-  // thread to find out.
+  // Without enough memory this trade gets no thumbnail. The main thread finds out whether the run
+  // can continue.
   try {
     harvest_trade(*trade, [&held = held_open](const std::string& host, const std::string& url) {
       return fetch_raw_http(host, url, held);

@@ -17,8 +17,8 @@ void remove_prefix(std::string& text, std::string_view prefix) {
   if (text.starts_with(prefix)) text.erase(0, prefix.size());
 }
 
-/// Removes a quote character, passing over the character behind each one found. So the second of
-/// two adjacent quotes stays (contract: second-quote).
+/// Removes a quote character, and skips the character after each one. So the second of two adjacent
+/// quotes stays (contract: second-quote).
 void remove_quotes(std::string& text, char quote) {
   std::string result;
   result.reserve(text.size());
@@ -29,8 +29,8 @@ void remove_quotes(std::string& text, char quote) {
   text = std::move(result);
 }
 
-/// The text between `name` and the nearest blank or ">", as of the first `name` in `tag`. Only the
-/// space counts as a blank.
+/// The text between the first `name` in `tag` and the next blank or ">". Only a space counts as a
+/// blank.
 std::optional<std::string_view> attribute_value(std::string_view tag, std::string_view name) {
   const std::size_t at = tag.find(name);
   if (at == std::string_view::npos) return std::nullopt;
@@ -48,8 +48,8 @@ std::optional<std::string_view> first_anchor(std::string_view chunk) {
   return chunk.substr(0, end + kLinkEnd.size());
 }
 
-/// Whether the link leads to another site by "http://"; with any other beginning it does not count.
-/// The page is in lower case, the host as the trade's address spells it (contract: kept-case).
+/// Whether the link leads to another site with "http://". Other links never count as foreign. The
+/// page is in lower case, but the host is spelled as in the trade's address (contract: kept-case).
 bool is_foreign(std::string_view link, const std::string& host) {
   if (!link.starts_with(kScheme)) return false;
   link.remove_prefix(kScheme.size());
@@ -77,7 +77,7 @@ ThumbnailLink pick_thumbnail_link(std::string chunk, const std::string& host) {
   lower_case(chunk);
   remove_quotes(chunk, '"');
   remove_quotes(chunk, '\'');
-  // One blank goes. A second one then makes the value empty (contract: one-blank).
+  // Removes one blank. A second one then makes the value empty (contract: one-blank).
   replace_all(chunk, "src= ", "src=");
   replace_all(chunk, "href= ", "href=");
 

@@ -18,7 +18,7 @@ constexpr std::size_t kShortestCandidate = 11;
 constexpr std::ptrdiff_t kFewestDigits = 5;
 constexpr std::size_t kSmallestPictureBytes = 2048;
 
-/// A piece of text that rules something out.
+/// A piece of text for which a link or picture is refused.
 struct Mark {
   std::string_view text;
   std::string_view fault;
@@ -41,7 +41,7 @@ std::string_view first_fault(const std::array<Mark, N>& marks, std::string_view 
   return {};
 }
 
-/// Fetches and stores the picture that a link offers. Returns why not, or an empty text.
+/// Fetches and stores the picture of a link. Returns the reason if not, or an empty text.
 std::string_view try_picture(const ThumbnailLink& link, const SearchSteps& steps,
                              std::string& image) {
   if (!link.refusal.empty()) return link.refusal;

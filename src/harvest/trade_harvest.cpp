@@ -14,8 +14,8 @@ namespace {
 
 constexpr const char* kPictureSuffix = ".jpg";
 
-/// Whether files named by `prefix` and `name` lie where the prefix points to or below. What stands
-/// behind the prefix's last "/" begins their name.
+/// Whether files named by `prefix` and `name` are in the prefix's folder or below it. The text
+/// after the prefix's last "/" begins their name.
 bool stays_below(std::string_view prefix, std::string_view name) {
   if (prefix.empty() && name.starts_with('/')) return false;
   std::string path = "/" + std::string(prefix.substr(prefix.rfind('/') + 1));
@@ -70,7 +70,7 @@ void TradeHarvest::store_thumbnail(std::string& image) const {
   remove_head(image);
   const std::string path = thumbnail_path();
   if (path.empty()) return;
-  // Whether or not it can be written: the tool may work on what is there already
+  // The tool runs even if the picture cannot be written: it may work on an earlier one
   // (contract: tool-anyway).
   write_file(path, image);
   run_shell_command(image_tool_command());

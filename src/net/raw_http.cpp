@@ -27,8 +27,8 @@ namespace {
 constexpr std::size_t kReceiveBytes = 1024;
 constexpr std::size_t kLookupBufferBytes = 1024;
 
-/// A peer that is gone without a word is noticed when this many probes, sent once nothing has come
-/// for the idle time, stay without an answer: after a minute (contract: keepalive-probes).
+/// If nothing arrives for the idle time, probes are sent. After this many unanswered probes the
+/// peer counts as gone: after a minute in all (contract: keepalive-probes).
 constexpr int kIdleSeconds = 30;
 constexpr int kProbeSeconds = 10;
 constexpr int kProbes = 3;
@@ -62,7 +62,7 @@ bool set_blocking(int fd, bool blocking) {
   return flags >= 0 && ::fcntl(fd, F_SETFL, wanted) == 0;
 }
 
-/// Looks a name up; the reentrant form, as several threads do so at once.
+/// Looks a name up. It is the reentrant form because several threads do so at once.
 std::optional<in_addr> look_up(const std::string& host) {
   std::vector<char> buffer(kLookupBufferBytes);
   hostent entry{};
@@ -153,11 +153,11 @@ std::string receive_response(int fd) {
 }
 
 void send_request(int fd, std::string_view request) {
-  // A page may name an address of megabytes, on a peer that never reads it.
+  // A page may name an address of several megabytes on a server that never reads the request.
   const timeval limit{kSendTimeoutSeconds, 0};
   ::setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
-  // The result is of no interest: without a response the wait for it ends the fetch. A peer that
-  // has gone must not end the run by a signal.
+  // The result does not matter: without a response, the wait for it times out. A peer that has gone
+  // must not end the run with a signal.
   uninterrupted([&] { return ::send(fd, request.data(), request.size(), MSG_NOSIGNAL); });
 }
 
@@ -171,8 +171,8 @@ std::string raw_http_request(std::string_view host, std::string_view url) {
   std::string request = "GET ";
   if (!url.starts_with('/')) request += '/';
   request += url;
-  // Bare line feeds up to the last line, and "www." in front of any host, be it an IP address: both
-  // are meant. That is how the trades' servers know this client (contract: bare-line-feeds).
+  // Bare line feeds up to the last line, and "www." before any host, even an IP address, are on
+  // purpose: the trades' servers know this client by them (contract: bare-line-feeds).
   request += " HTTP/1.0\nHost: www.";
   request += host;
   request +=
@@ -195,7 +195,7 @@ RawResponse get_raw_http(const std::string& host, const std::string& url, Connec
     return {.failure = FetchFailure::no_first_byte};
   RawResponse response{.bytes = receive_response(fd)};
   if (response.bytes.size() <= kResponseLimitBytes) return response;
-  // Kept: the sender of an endless response is held, not invited to start anew
+  // The connection stays open, so that the sender of an endless response cannot start again
   // (contract: open-socket).
   held_open.push_back(std::move(connection));
   return {.failure = FetchFailure::too_large};

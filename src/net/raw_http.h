@@ -52,19 +52,19 @@ using Connections = std::vector<UniqueFd>;
 /// Fetches `url` with an HTTP/1.0 request to `host` (a name or a dotted IPv4 address; the caller
 /// takes it from the url). Prints nothing. An address with a control character is refused.
 ///
-/// The connection of a response that is too large is not closed: it goes to `held_open`. Once a
+/// The connection of a response that is too large is not closed: it goes to `held_open`. After a
 /// response has begun there is no time-out (contract: no-later-timeout), but a peer that is gone is
-/// noticed after a minute. Any number of threads may call this at once, with a `held_open` each.
+/// noticed after a minute. Several threads may call this at once, each with its own `held_open`.
 RawResponse get_raw_http(const std::string& host, const std::string& url, Connections& held_open,
                          std::uint16_t port = kHttpPort);
 
-/// The same as a harvest wants it: a failure gives kRawHttpFailure. A response that did not begin
-/// in time or was too large leaves a note on standard output; other failures print nothing.
+/// The same for a harvest: a failure gives kRawHttpFailure. If a response did not begin in time or
+/// was too large, prints a note on standard output. Other failures print nothing.
 std::string fetch_raw_http(const std::string& host, const std::string& url, Connections& held_open,
                            std::uint16_t port = kHttpPort);
 
-/// The request for `url`. Its path is what follows the first `host` in the url, with a "/" put in
-/// front when it does not begin with one.
+/// The request for `url`. Its path is the text after the first `host` in the url, with a "/" before
+/// it unless it begins with one.
 std::string raw_http_request(std::string_view host, std::string_view url);
 
 }  // namespace toplist

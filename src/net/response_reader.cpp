@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t";
 
-/// Where the first empty line at or behind `from` ends, which ends a head; npos without one.
+/// The end of the first empty line at or after `from`, which ends a head; npos without one.
 std::size_t end_of_head(std::string_view text, std::size_t from) {
   for (std::size_t at = text.find('\n', from); at != text.npos; at = text.find('\n', at + 1)) {
     const std::string_view rest = text.substr(at + 1);
@@ -29,7 +29,7 @@ bool may_have_body(std::string_view status) {
          status.front() >= '2' && status.front() <= '5' && status != "204" && status != "304";
 }
 
-/// The second word of the line, or nothing when the line is that of no HTTP response.
+/// The second word of the line; nothing if the line does not begin an HTTP response.
 std::string_view status_of(std::string_view line) {
   if (!line.starts_with("HTTP/")) return {};
   line.remove_prefix(std::min(line.find(' '), line.size()));
@@ -50,8 +50,8 @@ struct Header {
   std::string_view value;
 };
 
-/// Nothing for a line that programs read in different ways: without a name right before a colon.
-/// Folded lines are such lines.
+/// Nothing for a line without a name directly before a colon, such as a folded line: programs read
+/// such lines in different ways.
 std::optional<Header> split_header(std::string_view line) {
   const std::size_t colon = line.find(':');
   if (colon == 0 || line.find_first_of(kBlanks) < colon || colon == line.npos) return std::nullopt;
@@ -86,7 +86,7 @@ std::optional<std::uint64_t> announced_length(std::string_view head) {
 }
 
 void ResponseReader::append(std::string_view bytes) {
-  // An empty line may have begun with the last two bytes of what was there: "\n\r".
+  // An empty line may have begun with the last two bytes of the earlier text: "\n\r".
   const std::size_t from = std::max<std::size_t>(bytes_.size(), 2) - 2;
   bytes_ += bytes;
   if (body_start_ != 0) return;

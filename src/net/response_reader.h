@@ -9,25 +9,25 @@
 
 namespace toplist {
 
-/// The length that an HTTP response's head announces for its body, in bytes; nothing unless it is
-/// beyond doubt.
+/// The length that an HTTP response's head announces for its body, in bytes; nothing if there is
+/// any doubt.
 ///
 /// `head` is the status line and the header lines, which end in CR LF or a bare LF, up to an empty
 /// line. It must be that of a final response with a body (no 1xx, 204 or 304) with exactly one
-/// Content-Length of nothing but decimal digits, below 2^64, and without a Transfer-Encoding. Each
-/// header line must have a name right before a colon, in any case: one with a blank between them,
-/// or a folded one, is read differently by different programs (contract: half-close).
+/// Content-Length of decimal digits only, below 2^64, and without a Transfer-Encoding. Each header
+/// line must have a name directly before a colon, in upper or lower case: programs read a folded
+/// line, or one with a blank before the colon, in different ways (contract: half-close).
 std::optional<std::uint64_t> announced_length(std::string_view head);
 
-/// A response as it arrives: collects its bytes and knows when it is complete by its own
-/// announcement. Looks at every byte once, whatever the pieces.
+/// A response that arrives in pieces: collects its bytes and finds out when it has the announced
+/// length. Reads every byte once, whatever the pieces.
 class ResponseReader {
  public:
   /// Adds what has arrived.
   void append(std::string_view bytes);
 
-  /// Whether the body has as many bytes as announced_length() tells, or more. A response that
-  /// announces nothing is never complete: it ends with its stream.
+  /// Whether the body has at least announced_length() bytes. A response that announces no length is
+  /// never complete: it ends with its stream.
   [[nodiscard]] bool is_complete() const {
     return body_bytes_ && bytes_.size() - body_start_ >= *body_bytes_;
   }

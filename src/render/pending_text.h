@@ -7,9 +7,9 @@
 
 namespace toplist {
 
-/// A line whose tags are being expanded, in place: what is expanded, a gap, and the pending rest.
-/// Values are put in front of the rest again and again. They go into the gap, so no replacement
-/// moves the rest of the line.
+/// A line whose tags are being expanded in place: the expanded part, a gap, and the pending rest.
+/// Each value is inserted before the rest. It goes into the gap, so no replacement moves the rest
+/// of the line.
 class PendingText {
  public:
   /// Edits `line`, all of which is pending at first.
@@ -34,7 +34,7 @@ class PendingText {
     value.copy(line_.data() + start_, value.size());
   }
 
-  /// Ends the edit: `line` becomes what is expanded and what is still pending.
+  /// Ends the edit: `line` becomes the expanded part and the pending rest.
   void close_gap() { line_.erase(expanded_, start_ - expanded_); }
 
  private:

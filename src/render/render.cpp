@@ -33,7 +33,7 @@ bool expand_tags(std::string& line, RankedRows rows, std::int64_t& passes) {
     if (text.size() - mark < kShortTagLength) return false;
     const std::optional<Tag> tag = read_tag(text.substr(mark));
     if (!tag) {
-      // Only the pass limit ends the search for a tag that never goes away (contract:
+      // Only the pass limit ends this search: the tag is found again each time (contract:
       // malformed-tag).
       passes = std::max(passes, kPassLimit) + 1;
       break;
@@ -43,7 +43,8 @@ bool expand_tags(std::string& line, RankedRows rows, std::int64_t& passes) {
     pending.keep(mark);
     pending.drop(replaced);
     pending.put_in_front(value);
-    // Nothing in front of the value holds a mark or ends in half of one: the search goes on here.
+    // The text before the value contains no mark, nor half of one at its end: the search continues
+    // here.
     mark = ++passes > kPassLimit ? std::string_view::npos : pending.text().find(kTagMark);
   } while (mark != std::string_view::npos);
   pending.close_gap();

@@ -52,7 +52,7 @@ constexpr std::array<TextName, 7> kTextNames{{
     {"img", append_extra_column<2>},
 }};
 
-/// nullptr when the name is none of these.
+/// nullptr for any other name.
 const TextName* find_text_name(std::string_view name) {
   const auto entry = std::find_if(kTextNames.begin(), kTextNames.end(),
                                   [name](const TextName& t) { return name == t.name; });
@@ -105,8 +105,8 @@ std::size_t expand_tag(const Tag& tag, RankedRows rows, std::string& value) {
     return kShortTagLength;
   }
   if (const auto entry = column_entry(tag)) {
-    // Also for the short "att", whose column number -1 shows the picture column and which swallows
-    // the two characters behind it. Templates rely on it (contract: short-att).
+    // Also for the short "att". Its column number -1 shows the picture column, and it replaces the
+    // two characters after it as well. Templates rely on it (contract: short-att).
     value += extra_column(row, *entry);
     return kLongTagLength;
   }

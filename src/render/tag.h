@@ -31,13 +31,13 @@ struct Tag {
   std::string_view name;      ///< 3 or 5 characters.
   std::int32_t rank = -1;     ///< Counts from 0.
   std::int32_t column = -1;   ///< Of a long tag "attNN": NN.
-  bool closes_short = false;  ///< "%%" stands where a short tag would end.
+  bool closes_short = false;  ///< There is a "%%" where a short tag would end.
 };
 
-/// Reads the tag at the start of `text`, which begins with "%%" and holds at least kShortTagLength
-/// characters. Nothing when it ends neither as a short nor as a long tag: it is malformed.
+/// Reads the tag at the start of `text`, which begins with "%%" and has at least kShortTagLength
+/// characters. Nothing for a malformed tag, which ends neither as a short nor as a long one.
 ///
-/// Where both ends fit, a short tag followed at once by another "%%", it is a long tag
+/// If both ends fit, as in a short tag directly before another "%%", it is a long tag
 /// (contract: long-wins).
 std::optional<Tag> read_tag(std::string_view text);
 
@@ -51,8 +51,8 @@ std::optional<std::int64_t> column_entry(const Tag& tag);
 /// Appends the tag's value to `value` and returns how many characters of the template it replaces.
 /// Fewer may be left on the line; then all of them are replaced.
 ///
-/// A rank that the rows do not reach gives a blank, an unknown name nothing. Values are neither
-/// escaped nor encoded in any way.
+/// A rank beyond the rows gives a blank, an unknown name nothing. Values are neither escaped nor
+/// encoded.
 std::size_t expand_tag(const Tag& tag, RankedRows rows, std::string& value);
 
 }  // namespace toplist

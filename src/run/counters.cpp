@@ -17,8 +17,8 @@ bool comes_out_lower(std::uint64_t percents) {
 
 }  // namespace
 
-// A result that is not whole is never rounded as far as a whole number, so only whole ones need a
-// look (docs/percentages.md).
+// Rounding never takes a result that is not whole as far as a whole number, so only whole ones need
+// the check (docs/percentages.md).
 std::int32_t percentage(std::int32_t x, std::int32_t y) {
   if (x == 0 || y == 0) return 0;
   const std::int64_t hundredfold = std::int64_t{x} * 100;

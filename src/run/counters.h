@@ -11,14 +11,13 @@ namespace toplist {
 
 /// One statistics period of one trade: 16 signed 32-bit figures.
 ///
-/// Counters are as the traffic counters wrote them and may be negative. `percent` holds whole
-/// percents, truncated toward zero; all stay 0 until the trade's record in "d/t/sum" has been read
-/// to its last field.
+/// Counters have the values that the traffic counters wrote, which may be negative. `percent` holds
+/// whole percents, truncated toward zero. They are 0 until the trade's record in "d/t/sum" has been
+/// read to its last field.
 struct PeriodBlock {
   std::int32_t rin = 0, uin = 0, out = 0, clk = 0, cef = 0, ctt = 0, ctg = 0, rec = 0;
   std::array<std::int32_t, 5> percent{};  ///< In the order of kRatios.
-  std::array<std::int32_t, 3>
-      further{};  ///< From "d/t/sum" as they stand; 0 in the all-time block.
+  std::array<std::int32_t, 3> further{};  ///< From "d/t/sum", unchanged; 0 in the all-time block.
 };
 static_assert(sizeof(PeriodBlock) == 16 * sizeof(std::int32_t));
 
@@ -30,7 +29,7 @@ enum Period : std::size_t { kPeriod60, kPeriod24, kPeriod07, kPeriod99, kPeriodC
 /// The periods' names, in the order of Period.
 inline constexpr std::array<std::string_view, kPeriodCount> kPeriodNames{"60", "24", "07", "99"};
 
-/// What is known of a counter.
+/// The properties of a counter.
 struct CounterEntry {
   std::string_view name;
   Counter member;
@@ -49,7 +48,7 @@ inline constexpr std::array<CounterEntry, 8> kCounters{{
     {"rec", &PeriodBlock::rec, 7},
 }};
 
-/// The counters as the site's text files hold them.
+/// The counters in the order of the site's text files.
 inline constexpr auto kFileOrder = [] {
   std::array<Counter, kCounters.size()> order{};
   for (const CounterEntry& counter : kCounters) order[counter.file_position] = counter.member;
@@ -118,9 +117,10 @@ inline constexpr std::array<std::string_view, 3> kFurtherNames{"further1", "furt
 /// x / y in whole percents, truncated toward zero; 0 when y is 0.
 ///
 /// The result is what 80-bit floating point gives: the quotient is formed first, rounded to a
-/// significand of 64 bits, and only then multiplied, rounded the same. So some exact percentages
-/// come out one lower (53 of 100 gives 52), and pages show them so (contract: divide-first). It is
-/// computed in integers, alike on every processor. A result outside the 32-bit range is INT32_MIN.
+/// significand of 64 bits, and only then multiplied, with the same rounding. So some exact
+/// percentages come out one lower (53 of 100 gives 52), and pages show them (contract:
+/// divide-first). Integers compute it, so every processor gives the same result. A result outside
+/// the 32-bit range is INT32_MIN.
 std::int32_t percentage(std::int32_t x, std::int32_t y);
 
 inline std::int32_t percentage(const PeriodBlock& block, const Ratio& ratio) {

@@ -9,8 +9,8 @@
 
 namespace toplist {
 
-/// What a run does to the world besides reading files. A run carries these out as they come; who
-/// only looks at a site collects, compares or drops them.
+/// What a run does besides reading files. A run does these things at once. The companion, which
+/// only reads a site, collects, compares or drops them.
 class Outcomes {
  public:
   virtual ~Outcomes() = default;

@@ -10,7 +10,8 @@
 
 namespace toplist {
 
-/// All that a run keeps in memory. Its steps fill it; what could not be read is empty.
+/// Everything that a run keeps in memory. Its steps fill it. If a file could not be read, its part
+/// is empty.
 struct RunState {
   RunState() = default;
   RunState(const RunState&) = delete;  // rows and settings are views into the files' texts
@@ -20,7 +21,7 @@ struct RunState {
   HarvestConfig config;             ///< "d/tl/vantaig", padded with "0"
 
   std::vector<TradeRow> rows;      ///< of the active trades, in the trades' order
-  std::vector<TradeRow*> ranking;  ///< all rows, in the order that the last ranking left
+  std::vector<TradeRow*> ranking;  ///< all rows, in the order of the last ranking
   FileBuffer columns_file;         ///< "d/tl/tl.a1", which the rows' extra columns view
 
   std::vector<ToplistDefinition> definitions;  ///< "d/tl/tl", in file order

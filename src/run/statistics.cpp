@@ -11,7 +11,7 @@
 namespace toplist {
 namespace {
 
-/// Hardly any file has shorter fields on average. Room that is not used costs nothing.
+/// Few files have shorter fields on average. Unused room costs nothing.
 constexpr std::size_t kShortFieldBytes = 16;
 
 constexpr std::size_t kHistoryFieldsBeforeCounters = 2;
@@ -113,7 +113,7 @@ void add_history(std::string_view text, PeriodBlock& all_time) {
 
 void read_recent_periods(std::string_view text, std::span<TradeRow> rows) {
   std::vector<std::string_view> record_ids;
-  std::vector<FieldReader> records;  // of each, what stands behind its id
+  std::vector<FieldReader> records;  // each begins after its id
   FieldReader fields(text);
   fields.skip(kSumFieldsBeforeId);
   for (std::string_view id; fields.next(id); fields.skip(kSumFieldsBehindId + kSumFieldsBeforeId)) {
@@ -127,7 +127,7 @@ void read_recent_periods(std::string_view text, std::span<TradeRow> rows) {
     sought.find(row.id, [&](std::size_t record) {
       const bool is_free = record_rows[record] == nullptr;
       if (is_free) record_rows[record] = &row;
-      return is_free;  // an earlier row that has one has all of the same id
+      return is_free;  // an earlier row that has a record has all of this id
     });
   }
 

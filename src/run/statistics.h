@@ -26,14 +26,14 @@ std::string history_path(std::string_view domain);
 /// One row per active trade, in database order, with its id, domain and url.
 std::vector<TradeRow> build_rows(std::span<const TradeRecord> trades);
 
-/// The fields of "d/tl/tl.a1" that hold no line feed, views into its text, and how many of them
-/// stand before its first line feed; nothing when there is none.
+/// The fields of "d/tl/tl.a1" without a line feed, as views into its text, and how many of them
+/// precede its first line feed. Nothing if there is no line feed.
 struct ExtraColumnFields {
   std::vector<std::string_view> kept;
   std::optional<std::size_t> kept_in_header;
 
-  /// Fields to a line behind the header, the domain included: 0 when the header is too short for
-  /// any column.
+  /// Fields of a line after the header, including the domain. 0 if the header is too short for any
+  /// column.
   [[nodiscard]] std::size_t group_size() const {
     return kept_in_header.value_or(0) < 3 ? 0 : *kept_in_header - 1;
   }
@@ -44,9 +44,9 @@ ExtraColumnFields read_extra_column_fields(std::string_view text);
 ///
 /// `text` is the file's text: fields separated by "|". A field that holds a line feed is dropped,
 /// and the first such field ends the header line; that line's number of fields less one is n.
-/// Each later line is a group of n fields: a domain and n - 1 column values, which every row of
-/// just that domain takes. Nothing is attached without a line feed or with n below 2; an
-/// incomplete last group is ignored. The rows keep views into `text`.
+/// Each later line is a group of n fields: a domain and n - 1 column values, for every row of
+/// exactly that domain. Nothing is attached without a line feed or with n below 2. An incomplete
+/// last group is ignored. The rows keep views into `text`.
 void attach_extra_columns(std::string_view text, std::span<TradeRow> rows);
 
 /// Adds a trade's history, "d/h/<domain>.his", to its all-time block.
@@ -59,9 +59,9 @@ void add_history(std::string_view text, PeriodBlock& all_time);
 ///
 /// Records of 44 fields, counted across line breaks: 1 unused, the trade's id, and for each of the
 /// periods 60, 24 and 07 the eight counters in file order, 3 unused, 3 further values. The first
-/// row whose id is the same text takes the record; one of an unknown id is skipped. Percentages,
-/// those of the all-time block included, exist only for rows whose record was read to its end:
-/// for trades that the file knows (contract: sum-percentages).
+/// row with the same text as its id gets the record. A record with an unknown id is skipped. Only
+/// rows whose record was read to its end have percentages, also in the all-time block (contract:
+/// sum-percentages).
 void read_recent_periods(std::string_view text, std::span<TradeRow> rows);
 
 }  // namespace toplist

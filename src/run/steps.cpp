@@ -13,15 +13,15 @@
 namespace toplist {
 namespace {
 
-/// Reads a file that a run needs; false, told, when it cannot be opened.
+/// Reads a file that a run needs. If it cannot be opened, reports that and returns false.
 bool read_needed(const char* path, FileBuffer& file, Outcomes& outcomes) {
   if (file.read(path)) return true;
   outcomes.log(unopened_file(path, Severity::run_ends));
   return false;
 }
 
-/// Never: no value is below 1 and above 60 at once. The test is meant to be like that, so any
-/// order-by value is taken (contract: unchecked-order).
+/// Always false: no value is both below 1 and above 60. This is on purpose, so any order-by value
+/// is accepted (contract: unchecked-order).
 bool is_incorrect_order(const std::string& order_by) {
   const std::int32_t value = parse_int32(order_by);
   const bool is_below = value < 1;
@@ -82,7 +82,7 @@ bool read_recent_figures(RunState& run, Outcomes& outcomes) {
   if (!read_needed(kSumPath, sum, outcomes)) return false;
   read_recent_periods(sum.text(), run.rows);
   if (!run.rows.empty()) return true;
-  // No row goes away in a run: the last guard before pages are written.
+  // The last check before pages are written: rows never disappear during a run.
   outcomes.log(content_error("no toplist entries found"));
   return false;
 }

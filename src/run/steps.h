@@ -7,12 +7,12 @@
 
 namespace toplist {
 
-/// The steps that lead to the toplists. Each reads files of the site into `run` and tells
-/// `outcomes` what fails. The result is whether a run goes on with the next step; who only looks at
-/// a site may do so anyway, or carry out just the steps whose results it needs.
+/// The steps before the toplists. Each reads files of the site into `run` and reports failures to
+/// `outcomes`. The result is whether a run continues with the next step. The companion may continue
+/// anyway, or run only the steps whose results it needs.
 using Step = bool (*)(RunState& run, Outcomes& outcomes);
 
-/// "d/t/index" -> trades. Ends a run also when there are fewer than kFewestTrades.
+/// "d/t/index" -> trades. Also ends a run if there are fewer than kFewestTrades.
 bool load_trade_set(RunState& run, Outcomes& outcomes);
 
 /// "d/tl/vantaig" -> config.
@@ -21,11 +21,12 @@ bool read_configuration(RunState& run, Outcomes& outcomes);
 /// Has the thumbnails harvested if the configuration asks for it.
 bool harvest_if_enabled(RunState& run, Outcomes& outcomes);
 
-/// trades -> rows and their first order; "d/tl/tl.a1" -> the rows' columns. A site without active
-/// trades ends a run here, which is no failure: nothing is logged.
+/// trades -> rows and their first order; "d/tl/tl.a1" -> the rows' columns. Without active trades a
+/// run ends here. That is not a failure, so nothing is logged.
 bool build_row_set(RunState& run, Outcomes& outcomes);
 
-/// "d/h/<domain>.his" -> the rows' all-time figures. Missing ones are logged and do no more.
+/// "d/h/<domain>.his" -> the rows' all-time figures. A missing history is logged, and the run goes
+/// on.
 bool add_histories(RunState& run, Outcomes& outcomes);
 
 /// "d/t/sum" -> the rows' recent figures and percentages.
@@ -43,15 +44,15 @@ bool read_settings(RunState& run, Outcomes& outcomes);
 /// The names in the thumbnail folder -> the rows' marks, if the configuration requires thumbnails.
 bool mark_missing_thumbnails(RunState& run, Outcomes& outcomes);
 
-/// All of them in a run's order.
+/// All steps in the order of a run.
 inline constexpr std::array<Step, 10> kSteps{
     load_trade_set, read_configuration,      harvest_if_enabled, build_row_set,
     add_histories,  read_recent_figures,     read_definitions,   pick_columns,
     read_settings,  mark_missing_thumbnails,
 };
 
-/// A whole run in the working directory: the steps, then the toplists in file order, up to the
-/// first that says that the run ends. Throws StrayMark as render_toplist() does.
+/// A whole run in the working directory: the steps, then the toplists in file order, until one of
+/// them ends the run. Throws StrayMark as render_toplist() does.
 void carry_out(RunState& run, Outcomes& outcomes);
 
 }  // namespace toplist

@@ -19,7 +19,7 @@ struct Replacement {
 };
 
 /// Applied in this order. The semicolon comes before the entities that end in one, so that it is
-/// not escaped twice. The last two rows find nothing any more (contract: replacement-order).
+/// not escaped twice. The last two rows no longer find anything (contract: replacement-order).
 constexpr Replacement kLogReplacements[] = {
     {"\r", ""},     {"\n", ""},     {";", "&#59;"},  {"<", "&#60;"}, {">", "&#62;"},
     {"`", "&#96;"}, {"'", "&#39;"}, {"\"", "&#34;"}, {"!", "&#33;"}, {"\\", "&#92;"},
@@ -84,7 +84,7 @@ void write_dir_error_page(const std::string& directory, const std::string& link,
         "Content-type: text/html\r\n\r\n"
         "<html>\n<head>\n<title>Vanta Core</title>\n</head>\n<body bgcolor=white>\n";
   }
-  // The stray ";" behind the style attribute belongs to the text.
+  // The stray ";" after the style attribute is part of the text.
   page +=
       "<div align=center>\n<font style=\"font:normal 8pt arial;\";><font "
       "style=\"color:red;\"><b>Error</b></font><br>\n";

@@ -9,7 +9,7 @@ namespace toplist {
 inline constexpr const char* kLogFolder = "l/sys";
 inline constexpr const char* kLogPath = "l/sys/sys.log";
 
-/// Fields of a log line, the empty ones in front of the time and behind the detail included.
+/// Fields of a log line, including the empty ones before the time and after the detail.
 inline constexpr std::size_t kLogFields = 9;
 
 /// Appends one line to "l/sys/sys.log", which the site's administration pages read:
@@ -18,22 +18,22 @@ inline constexpr std::size_t kLogFields = 9;
 ///
 /// The time is local. All texts but `code` are cleaned by sanitize_log_field(). The file is opened,
 /// appended to and closed for each line, and the line goes out in one write, so lines of several
-/// threads or programs do not mix. When the log cannot be opened the line is lost silently.
+/// threads or programs do not mix. If the log cannot be opened, the line is lost.
 void write_sys_log(std::string_view module, std::string_view code, std::string_view subject,
                    std::string_view severity, std::string_view detail);
 
-/// Makes a text safe for the administration pages: line breaks go, and what HTML or a shell would
-/// act upon becomes a numeric entity. The separator "|" and "&" stay
+/// Makes a text safe for the administration pages: removes line breaks, and turns characters that
+/// are special in HTML or a shell into numeric entities. The separator "|" and "&" stay
 /// (contract: raw-log-code).
 std::string sanitize_log_field(std::string_view text);
 
-/// The text that sanitize_log_field() made `field` of, but for its line breaks.
+/// The text from which sanitize_log_field() made `field`, without its line breaks.
 std::string restore_log_field(std::string_view field);
 
-/// What becomes of the run after a failure.
+/// Whether the run ends after a failure.
 enum class Severity { run_goes_on, run_ends };
 
-/// What a log line says is the program, the kind of failure and its severity.
+/// A log line's names for the program, the kind of failure and its severity.
 inline constexpr const char* kLogModule = "toplist";
 inline constexpr const char* kUnopenedFileCode = "1";
 inline constexpr const char* kContentErrorCode = "10";

@@ -8,8 +8,8 @@
 namespace toplist {
 namespace {
 
-/// So many records at a time are given their initial values and then their bytes: they stay in the
-/// processor's cache meanwhile.
+/// How many records at a time get their initial values and then their bytes. So many fit into the
+/// processor's cache.
 constexpr std::size_t kBlockRecords = 64;
 
 std::size_t records_in(std::size_t bytes) {
@@ -53,7 +53,7 @@ bool load_trades(const std::string& path, std::vector<TradeRecord>& trades) {
     const std::size_t read =
         read_fully(fd.get(), reinterpret_cast<char*>(trades.data() + first), length);
     if (read < length) {
-      // A failed read leaves the record that it was to fill, and none behind it.
+      // After a failed read, the record that it should fill stays, and there are no further ones.
       trades.resize(first + read / sizeof(TradeRecord) + 1);
       break;
     }

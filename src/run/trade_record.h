@@ -15,11 +15,11 @@ inline constexpr const char* kTradesPath = "d/t/index";
 /// A database of fewer trades counts as not fully loaded (contract: ten-records).
 inline constexpr std::size_t kFewestTrades = 10;
 
-/// One trade as it stands in "d/t/index": 996 bytes, little-endian, without any padding.
+/// One trade as in "d/t/index": 996 bytes, little-endian, without any padding.
 ///
 /// The file is a plain array of these, without header or trailer, written by the rest of the site.
-/// Members named `reserved_` and their offset are the site's own and are kept as stored. The values
-/// below are those of a record whose bytes the file does not hold.
+/// Members named `reserved_` and their offset belong to the site and are kept as stored. The values
+/// below are the defaults for bytes that the file does not contain.
 struct TradeRecord {
   std::int32_t trade_id = -1;
   char domain[76] = {};
@@ -50,11 +50,11 @@ static_assert(
     "toplist needs a little-endian processor: it takes the records of \"d/t/index\" as they "
     "stand in the file");
 
-/// Whether the trade gets a statistics row and so may stand in toplists.
+/// Whether the trade gets a statistics row, so that toplists can show it.
 inline bool is_active(const TradeRecord& record) { return record.status == 1; }
 
-/// The record's domain and url, up to the first NUL. The writer leaves a NUL inside each field;
-/// where there is none the text goes on, at the most to the end of the record. Views into `record`.
+/// The record's domain and url, up to the first NUL, as views into `record`. The writer leaves a
+/// NUL inside each field. Without one the text continues, at most to the end of the record.
 std::string_view domain_of(const TradeRecord& record);
 std::string_view url_of(const TradeRecord& record);
 
@@ -62,8 +62,7 @@ std::string_view url_of(const TradeRecord& record);
 std::vector<TradeRecord> parse_trades(std::string_view bytes);
 
 /// Fills `trades` with the records of the file at `path`, in file order; false when it cannot be
-/// opened. A cut last record is kept (contract: cut-record): what the file does not hold of it has
-/// its initial value.
+/// opened. A cut last record is kept (contract: cut-record). Its missing part has the defaults.
 bool load_trades(const std::string& path, std::vector<TradeRecord>& trades);
 
 }  // namespace toplist

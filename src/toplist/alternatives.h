@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <span>
+#include <string_view>
 
 #include "run/trade_row.h"
 
@@ -10,8 +12,14 @@ namespace toplist {
 /// final semicolon adds no empty piece.
 ///
 /// Each pick is the first number that the C library's generator draws when it is seeded with the
-/// current second. So all picks of one second take the same position among lists of equal length,
-/// so the columns of a trade stay in step (contract: same-second).
+/// current second. So all picks of one second take the same position in lists of equal length, and
+/// the columns of a trade match (contract: same-second).
 void pick_alternatives(std::span<TradeRow> rows);
+
+/// The same in a second whose first number is `drawn`.
+void pick_alternatives(std::span<TradeRow> rows, std::size_t drawn);
+
+/// How many alternatives an extra column has, 1 or more.
+std::size_t alternative_count(std::string_view column);
 
 }  // namespace toplist

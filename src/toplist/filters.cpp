@@ -38,7 +38,7 @@ constexpr Minimum kMinimums[] = {
     {"tprod", stored_percent<kPeriod24, 3>},  // ctt24 per out24
 };
 
-/// nullptr when the key is that of no minimum.
+/// nullptr if no minimum has this key.
 const Minimum* find_minimum(std::string_view key) {
   const auto* minimum =
       std::find_if(std::begin(kMinimums), std::end(kMinimums),

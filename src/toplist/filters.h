@@ -25,7 +25,7 @@ inline constexpr std::string_view kDomainsKey = "domains";
 inline constexpr std::string_view kSkippedDomainsKey = "skipdomains";
 inline constexpr std::string_view kGroupKey = "group";
 
-/// Whether ToplistFilters::apply() knows the key of a setting, and whether it is that of a minimum.
+/// Whether ToplistFilters::apply() knows the key of a setting, and whether a minimum has this key.
 bool is_setting_key(std::string_view key);
 bool is_minimum_key(std::string_view key);
 
@@ -35,7 +35,7 @@ struct Minimum {
   std::int32_t (*figure)(const TradeRow&);
 };
 
-/// The file that a value of "group" names, which only "*" and an empty one do not: one of blanks
+/// The file that a value of "group" names. Only "*" and an empty value name none. A value of blanks
 /// names the folder of the groups.
 std::optional<std::string> group_path(std::string_view value);
 
@@ -45,11 +45,11 @@ inline constexpr std::string_view kThumbnailFilter = "thumbnail";
 /// A test that a row fails.
 struct Drop {
   std::string_view filter;             ///< The setting's key, or kThumbnailFilter: static text.
-  std::int32_t figure = 0;             ///< The row's, where the filter is a minimum,
-  std::int32_t minimum = kMinimumOff;  ///< and that minimum; kMinimumOff where it is none.
+  std::int32_t figure = 0;             ///< The row's, if the filter is a minimum,
+  std::int32_t minimum = kMinimumOff;  ///< and that minimum; otherwise kMinimumOff.
 };
 
-/// Which ranked rows one toplist shows. Fresh filters admit every row.
+/// Which ranked rows one toplist shows. New filters admit every row.
 class ToplistFilters {
  public:
   /// Applies one setting of "d/tl/tl.ext". Keys:
@@ -88,7 +88,7 @@ class ToplistFilters {
   template <typename Visit>
   void visit_drops(const TradeRow& row, Visit visit) const;
 
-  std::vector<MinimumInForce> minimums_;  ///< Hardly ever more than one, in the keys' order.
+  std::vector<MinimumInForce> minimums_;  ///< Mostly one at most, in the keys' order.
   TextColumn domains_;
   TextColumn skipped_domains_;
   TextColumn members_;  ///< Trade ids as decimal text.

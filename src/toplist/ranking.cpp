@@ -15,7 +15,7 @@ constexpr std::size_t kFallbackValue = 16;  ///< rin24
 constexpr std::size_t kAscendingValue =
     57;  ///< out99 per rin99: the lowest comes first (contract: ascending-57).
 
-/// 1 to 60. Only the exact decimal text counts, so "05" is none.
+/// 1 to 60. Only the exact decimal text counts, so "05" is not one of them.
 std::optional<std::size_t> exact_order_value(std::string_view order_by) {
   std::size_t value = 0;
   const char* end = order_by.data() + order_by.size();
@@ -41,7 +41,7 @@ struct RankKey {
     return figure(row.periods[period]);
   }
 
-  /// The greater one ranks first: where the lowest figure is to, its bits are flipped.
+  /// The greater key ranks first. If the lowest figure should, its bits are flipped.
   [[nodiscard]] std::int32_t of(const TradeRow& row) const { return figure_of(row) ^ flip; }
 
   std::int32_t (*figure)(const PeriodBlock&);
@@ -71,7 +71,7 @@ std::int32_t order_figure(const TradeRow& row, std::string_view order_by) {
 void rank_rows(std::span<TradeRow> rows, const std::string& order_by,
                std::vector<TradeRow*>& ranking) {
   const RankKey key(order_by);
-  // Row by row as they lie in memory: in rank order each would be fetched from far away.
+  // Row by row in memory order: in rank order each row would be a cache miss.
   std::vector<std::int32_t> keys(rows.size());
   for (std::size_t i = 0; i < rows.size(); ++i) {
     rows[i].order_key = order_by;

@@ -9,11 +9,11 @@
 namespace toplist {
 
 /// Builds one toplist, if its build mode and check value let it: ranks the rows, from the order
-/// that the last ranking left, filters them and writes the page. False when no further toplist is
-/// to be built. Throws StrayMark as render_toplist() does.
+/// of the last ranking, filters them and writes the page. False if no further toplist may be
+/// built. Throws StrayMark as render_toplist() does.
 bool build_toplist(RunState& run, const ToplistDefinition& definition, Outcomes& outcomes);
 
-/// The toplist's filters; groups that cannot be opened are told.
+/// The toplist's filters. Reports groups that cannot be opened.
 ToplistFilters read_filters(const ToplistDefinition& definition,
                             const std::vector<ToplistSetting>& settings, Outcomes& outcomes);
 

@@ -9,8 +9,8 @@ namespace toplist {
 
 inline constexpr std::size_t kEightBytes = 8;
 
-/// Whether the eight bytes are four times a digit from 0 to 7 and the character, which must not be
-/// such a digit.
+/// Whether the eight bytes are four pairs of a digit from 0 to 7 and the character, which must not
+/// be such a digit.
 inline bool are_digit_pairs(const char* bytes, char character) noexcept {
   std::uint64_t word = 0;
   std::memcpy(&word, bytes, sizeof word);
@@ -18,7 +18,7 @@ inline bool are_digit_pairs(const char* bytes, char character) noexcept {
   return (word & 0xfff8fff8fff8fff8) == (characters | 0x0030003000300030);
 }
 
-/// Where a character stands among eight bytes of text, told by arithmetic on all of them at once.
+/// Finds a character among eight bytes of text, with arithmetic on all of them at once.
 ///
 /// The bytes are one 64-bit number with the first byte lowest. `counts_` holds, byte by byte, how
 /// often the character has been seen up to there.
@@ -30,16 +30,16 @@ class ByteCounts {
     std::uint64_t word = 0;
     std::memcpy(&word, bytes, sizeof word);
     const std::uint64_t differences = word ^ (kOnes * static_cast<unsigned char>(wanted));
-    // A byte's top bit is clear in this sum only where the byte does not differ.
+    // A byte's top bit is clear in this sum only if the byte is the character.
     const std::uint64_t nonzero = ((differences & kLowBits) + kLowBits) | differences;
     counts_ = ((~nonzero & kTopBits) >> 7) * kOnes;
   }
 
   [[nodiscard]] std::size_t total() const noexcept { return counts_ >> 56; }
 
-  /// Where the character stands for the nth time, with 1 <= n <= total().
+  /// The position of the nth occurrence, with 1 <= n <= total().
   [[nodiscard]] std::size_t position_of(std::size_t n) const noexcept {
-    // A byte keeps its top bit where its count, at most eight, is at least n.
+    // A byte keeps its top bit if its count, at most eight, is at least n.
     const std::uint64_t reached = ((counts_ | kTopBits) - kOnes * n) & kTopBits;
     return static_cast<std::size_t>(std::countr_zero(reached)) / 8;
   }

@@ -15,9 +15,9 @@ inline constexpr char kLineSeparator = '\n';
 
 /// Takes the fields (or lines) of a text one after another.
 ///
-/// A separator ends a field, so text behind the last separator is a field only when it is not
-/// empty: "a|b|" and "a|b" both hold two fields, "a||" holds "a" and an empty one. The fields are
-/// views into the text.
+/// A separator ends a field, so text after the last separator is a field only if it is not empty:
+/// "a|b|" and "a|b" both have two fields, "a||" has "a" and an empty one. The fields are views into
+/// the text.
 class FieldReader {
  public:
   explicit FieldReader(std::string_view text, char separator = kFieldSeparator)
@@ -42,7 +42,7 @@ class FieldReader {
     return is_short || take_any_number(number);
   }
 
-  /// Passes over `count` fields, or over all that are left when there are fewer.
+  /// Skips `count` fields, or all that are left if there are fewer.
   void skip(std::size_t count) {
     // Skipped fields are mostly a zero: four of them are eight bytes.
     for (; count >= 4 && rest_.size() >= kEightBytes; count -= 4) {
@@ -50,7 +50,7 @@ class FieldReader {
       rest_.remove_prefix(kEightBytes);
     }
     if (count == 0) return;
-    // By eight bytes, too: a search for the end of each field would not pay.
+    // Eight bytes at a time as well: a search for the end of each field would be slower.
     std::size_t at = 0;
     for (; rest_.size() - at >= kEightBytes; at += kEightBytes) {
       const ByteCounts separators(rest_.data() + at, separator_);
@@ -68,7 +68,7 @@ class FieldReader {
  private:
   static constexpr std::size_t kShortDigits = 4;
 
-  /// Takes a field of just so many digits; false when the next one is not.
+  /// Takes a field of exactly so many digits; false if the next one is different.
   template <std::size_t digits>
   bool take_digits(std::int32_t& number) {
     if (rest_[digits] != separator_) return false;
@@ -84,7 +84,8 @@ class FieldReader {
     return true;
   }
 
-  // By a copy, so that no call sees the reader itself: a loop then keeps it in registers.
+  // Works on a copy, so that no call gets the address of the reader: a loop then keeps it in
+  // registers.
   bool take_any_number(std::int32_t& number) {
     std::string_view rest = rest_;
     const bool found = take_any_number(rest, separator_, number);

@@ -72,7 +72,7 @@ bool FileBuffer::read(const std::string& path) {
 
 bool FileBuffer::read_small_file(int fd) {
   if (room_ == 0) grow(kSmallFileBytes);
-  // Unlike read(), this fails for all that may come in pieces, such as pipes.
+  // Unlike read(), this fails for files that may deliver their bytes in pieces, such as pipes.
   const ssize_t count = ::pread(fd, bytes_.get(), kSmallFileBytes, 0);
   if (count < 0 || static_cast<std::size_t>(count) == kSmallFileBytes) return false;
   size_ = static_cast<std::size_t>(count);
@@ -80,7 +80,7 @@ bool FileBuffer::read_small_file(int fd) {
 }
 
 void FileBuffer::read_to_the_end(int fd) {
-  // One byte more than the file holds, so that its end shows without growing once more.
+  // One byte more than the file has, so that its end is found without growing the buffer again.
   grow(regular_file_size(fd) + 1);
   for (;;) {
     size_ += read_fully(fd, bytes_.get() + size_, room_ - size_);

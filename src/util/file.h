@@ -16,19 +16,19 @@ UniqueFd open_for_reading(const std::string& path);
 /// Reads until `size` bytes have come, the file ends or a read fails; returns how many came.
 std::size_t read_fully(int fd, char* bytes, std::size_t size);
 
-/// Writes all of `bytes`; false when a failure has ended it. A run ignores that: nobody would be
-/// there to be told.
+/// Writes all of `bytes`; false after a failure. A run ignores that, because it has no way to
+/// report it.
 bool write_fully(int fd, std::string_view bytes);
 
-/// Size in bytes of the open regular file; 0 for anything else, as a directory reports an absurd
-/// one.
+/// Size in bytes of the open regular file; 0 for anything else, because a directory may report an
+/// absurd size.
 std::size_t regular_file_size(int fd);
 
 /// Creates or truncates `path` (mode 0666 less the umask) and writes `bytes` in place
 /// (contract: written-in-place). False when it cannot be opened; write errors are not reported.
 bool write_file(const std::string& path, std::string_view bytes);
 
-/// Appends the names in a directory but "." and ".." to `names`; false when it cannot be opened.
+/// Appends the names in a directory, except "." and "..", to `names`; false if it cannot be opened.
 bool list_directory(const std::string& path, std::vector<std::string>& names);
 
 /// The bytes of one file at a time, read whole into a buffer that the next read() reuses.
@@ -46,7 +46,7 @@ class FileBuffer {
   [[nodiscard]] std::string_view text() const noexcept { return {bytes_.get(), size_}; }
 
  private:
-  /// Reads a file by one call that comes short of its end; false when it takes more than that.
+  /// Reads a file with one call; false if the file needs more than one.
   bool read_small_file(int fd);
   void read_to_the_end(int fd);
   void grow(std::size_t room);

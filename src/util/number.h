@@ -6,16 +6,16 @@
 
 namespace toplist {
 
-/// The blanks that may stand before a number.
+/// The blanks that may precede a number.
 constexpr bool is_blank(char c) noexcept { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 constexpr bool is_digit(char c) noexcept { return c >= '0' && c <= '9'; }
 
-/// Reads a signed decimal number: blanks, an optional sign, then digits up to the first character
-/// that is none. No digits give 0.
+/// Reads a signed decimal number: blanks, an optional sign, then digits up to the first other
+/// character. Without digits the result is 0.
 ///
-/// The value is kept within 64 bits, at the nearest limit when it lies beyond them, and its low 32
-/// bits are the result: "3000000000" gives -1294967296, a number above 64 bits -1, one below 0.
+/// The value is clamped to 64 bits, and its low 32 bits are the result: "3000000000" gives
+/// -1294967296, a number above 64 bits gives -1, one below them 0.
 constexpr std::int32_t parse_int32(std::string_view text) noexcept {
   std::size_t i = 0;
   while (i < text.size() && is_blank(text[i])) ++i;

@@ -11,7 +11,7 @@ namespace toplist {
 namespace {
 
 constexpr std::size_t kReadBlockBytes = 8000;
-/// Several blocks a call: the calls for single blocks took 4 % of a digest's time.
+/// Several blocks per call: calls for single blocks took 4 % of a digest's time.
 constexpr std::size_t kBlocksPerRead = 8;
 
 using Words = std::array<std::uint32_t, 16>;
@@ -52,7 +52,7 @@ void step(Words& w, std::uint32_t a, std::uint32_t& b, std::uint32_t c, std::uin
   b = std::rotl(b, 30);
 }
 
-/// Five steps bring every word back to its own name, so no word is ever moved.
+/// After five steps every word has its own name again, so no word is ever moved.
 template <unsigned t>
 void steps(Words& w, std::uint32_t& a, std::uint32_t& b, std::uint32_t& c, std::uint32_t& d,
            std::uint32_t& e) {
@@ -131,11 +131,11 @@ int sha1_file(Sha1Context& context, const char* path) {
   if (!fd) return 0;
   std::array<char, (1 + kBlocksPerRead) * kReadBlockBytes> buffer;
   std::fill_n(buffer.begin(), kReadBlockBytes, '\0');
-  char* const bytes = buffer.data() + kReadBlockBytes;  // the block in front is the last one read
+  char* const bytes = buffer.data() + kReadBlockBytes;  // the block before it is the last one read
   for (std::size_t left = regular_file_size(fd.get()); left > 0;) {
     const std::size_t length = std::min(left, kBlocksPerRead * kReadBlockBytes);
     for (std::size_t i = read_fully(fd.get(), bytes, length); i < length; ++i) {
-      bytes[i] = buffer[i];  // a short read leaves what the block before left there
+      bytes[i] = buffer[i];  // after a short read, bytes of the block before remain
     }
     sha1_update(context, reinterpret_cast<const unsigned char*>(bytes), length);
     std::copy_n(buffer.end() - kReadBlockBytes, kReadBlockBytes, buffer.begin());

@@ -16,7 +16,7 @@ struct Sha1Context {
   std::array<unsigned char, 20> digest;  ///< set by sha1_final
 };
 
-/// What sha1_digest_text() writes a digest as.
+/// The format in which sha1_digest_text() writes a digest.
 enum class DigestText {
   hexadecimal = 0,  ///< 40 lower-case hexadecimal digits
   decimal = 1,      ///< each byte in decimal, unpadded and unseparated: 20 to 60 digits
@@ -30,13 +30,13 @@ void sha1_final(Sha1Context& context);
 /// Feeds the contents of the file at `path` into `context`, up to the size it has when opened.
 /// Returns 0 when `path` is null or the file cannot be opened, otherwise 1. A directory counts as
 /// an empty file. The results of reads are not checked: a file that shrinks meanwhile is hashed as
-/// if read in blocks of 8000 bytes, with what the short reads leave in the block.
+/// if read in blocks of 8000 bytes, where short reads leave earlier bytes in the block.
 int sha1_file(Sha1Context& context, const char* path);
 
 std::string sha1_digest_text(const std::array<unsigned char, 20>& digest, DigestText mode);
 
 /// The digest of a file as 40 lower-case hexadecimal digits. A file that cannot be opened has the
-/// digest of the empty one: who compares check values treats both alike (contract: empty-digest).
+/// digest of the empty one, so check values do not tell the two apart (contract: empty-digest).
 std::string sha1_file_hex(const std::string& path);
 
 }  // namespace toplist

@@ -13,8 +13,8 @@
 namespace toplist {
 namespace {
 
-/// Of RLIMIT_NOFILE, while a RaisedDescriptorLimit lives: what commands have in its place. As the
-/// limit is the process's, so is this.
+/// The RLIMIT_NOFILE of commands while a RaisedDescriptorLimit lives. It is global because the
+/// limit belongs to the process.
 std::optional<rlim_t> limit_of_commands;
 
 bool is_plain(char c) {
@@ -50,8 +50,8 @@ void run_shell_command(const std::string& command) {
   // The commands are the operator's own (downloaders, the image tool) and are meant for the shell.
   std::string line = command;
   if (limit_of_commands) {
-    // By the shell itself, because std::system() starts it with the limits of the process. A second
-    // shell gets the command byte for byte.
+    // The shell itself sets the limit, because std::system() starts it with the limits of the
+    // process. A second shell gets the command byte for byte.
     line = "ulimit -S -n " + std::to_string(*limit_of_commands) + "; exec /bin/sh -c " +
            shell_word(command) + " sh";
   }

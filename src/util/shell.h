@@ -5,12 +5,12 @@
 
 namespace toplist {
 
-/// `text` as one word of a shell command: as it stands when it holds nothing but letters, digits
-/// and . _ : / - , otherwise in single quotes.
+/// `text` as one word of a shell command: unchanged if it has only letters, digits and . _ : / - ,
+/// otherwise in single quotes.
 std::string shell_word(std::string_view text);
 
 /// Lets the process have as many descriptors as the system allows, as long as this lives. Commands
-/// keep the limit of before: some programs close all descriptors up to their limit one by one. At
+/// keep the earlier limit: some programs close all descriptors up to their limit one by one. At
 /// most one of these may live at a time.
 class RaisedDescriptorLimit {
  public:

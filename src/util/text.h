@@ -6,8 +6,8 @@
 
 namespace toplist {
 
-/// Replaces every occurrence of `from`, which must not be empty, scanning on behind each
-/// replacement: what `to` brings in is not replaced again.
+/// Replaces every occurrence of `from`, which must not be empty. Each search starts after the last
+/// replacement, so text from `to` is not replaced again.
 void replace_all(std::string& text, std::string_view from, std::string_view to);
 
 /// Appends the number as plain signed decimal text.
@@ -16,7 +16,7 @@ void append_number(std::string& text, std::int32_t number);
 /// Lower-cases each byte as the C library's tolower does in the "C" locale: A to Z only.
 void lower_case(std::string& text);
 
-/// Whether a byte below 32, or 127, is in the text.
+/// Whether the text contains a byte below 32, or 127.
 bool has_control_character(std::string_view text);
 
 /// The text without the blanks at its ends: spaces and tabs.

@@ -26,7 +26,7 @@ SoughtTexts::SoughtTexts(std::span<const std::string_view> texts)
       mask_(static_cast<std::uint32_t>(std::bit_ceil(texts.size() + 1) - 1)),
       first_(std::size_t{mask_} + 1, kNone),
       links_(texts.size()) {
-  // From the last one on, so that a chain has them in order.
+  // Begins with the last text, so that each chain has them in order.
   for (auto t = static_cast<std::uint32_t>(texts.size()); t-- > 0;) {
     const std::uint32_t hash = hash_of(texts[t]);
     links_[t] = {hash, std::exchange(first_[hash & mask_], t)};

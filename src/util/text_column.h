@@ -14,8 +14,8 @@ inline std::uint32_t hash_of(std::string_view text) {
   return static_cast<std::uint32_t>(std::hash<std::string_view>{}(text));
 }
 
-/// A list of texts, mostly a short one, that is searched from the first one on. A search looks at a
-/// text only where its hash agrees.
+/// A list of texts, usually short, for linear searches. A search compares a text only if its hash
+/// matches.
 class TextColumn {
  public:
   void append(std::string_view text);
@@ -27,8 +27,7 @@ class TextColumn {
   std::vector<std::string> texts_;
 };
 
-/// Texts that are all looked for in one walk over a list, from its first entry on: the walk calls
-/// find() with each entry.
+/// Finds many texts in one pass over a list: the pass calls find() with each entry.
 class SoughtTexts {
  public:
   /// `texts` must outlive this object, which views them.
@@ -46,7 +45,7 @@ class SoughtTexts {
  private:
   static constexpr std::uint32_t kNone = UINT32_MAX;
 
-  /// Texts whose hashes share their low bits are a chain, in order.
+  /// Texts whose hashes have the same low bits form a chain, in order.
   struct Link {
     std::uint32_t hash;
     std::uint32_t next;
@@ -54,8 +53,8 @@ class SoughtTexts {
 
   std::span<const std::string_view> texts_;
   std::uint32_t mask_;
-  std::vector<std::uint32_t> first_;  ///< of the chains, by the low bits
-  std::vector<Link> links_;           ///< of each text
+  std::vector<std::uint32_t> first_;  ///< first text of each chain, by the low bits
+  std::vector<Link> links_;           ///< one for each text
 };
 
 }  // namespace toplist

@@ -4,8 +4,8 @@
 
 namespace toplist {
 
-/// Makes a system call, again as long as a signal cuts it short. Returns what it returned; below 0
-/// errno tells why, and never EINTR.
+/// Repeats a system call as long as a signal interrupts it. Returns the call's result. If that is
+/// below 0, errno has the reason, which is never EINTR.
 template <typename Call>
 auto uninterrupted(const Call& call) {
   for (;;) {

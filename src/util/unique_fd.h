@@ -6,7 +6,7 @@
 
 namespace toplist {
 
-/// Owns one file descriptor and closes it at the end of its life; -1 stands for none.
+/// Owns one file descriptor and closes it at the end of its life; -1 means none.
 class UniqueFd {
  public:
   explicit UniqueFd(int fd = -1) noexcept : fd_(fd) {}

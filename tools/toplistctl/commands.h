@@ -17,6 +17,9 @@ void add_show_command(const Command& program);
 /// render TEMPLATE: the page that a run would write now; or all of them.
 void add_render_command(const Command& program);
 
+/// preview: shows the pages that a run would write now in a browser, and again after every change.
+void add_preview_command(const Command& program);
+
 /// why TRADE: where a trade stands in each toplist, or everything that keeps it out.
 void add_why_command(const Command& program);
 

@@ -44,14 +44,14 @@ Expected<int> digest(const Arguments& arguments) {
 
 void add_digest_command(const Command& program) {
   const auto arguments = std::make_shared<Arguments>();
-  const Command command = program.add_command("digest", "Print the check values of templates");
+  const Command command =
+      program.add_command("digest", "Print or store the check values of templates");
   add_site_option(command, arguments->site);
   command
       .texts("template", "TEMPLATE", arguments->templates,
-             "Names as in the definitions, or with \"d/tl/\" in front")
+             "Names as in d/tl/tl; \"d/tl/\" may precede them")
       .required();
-  command.flag("--update", arguments->update,
-               "Also write the values into the definitions, d/tl/tl");
+  command.flag("--update", arguments->update, "Also store the values in d/tl/tl");
   command.run([arguments] { return digest(*arguments); });
 }
 

@@ -39,7 +39,8 @@ class ExpandCommand {
     const auto name = template_name_of(arguments_.source);
     if (arguments_.install && !name) {
       return failure(fmt::format(
-          "{} is no name of a source: d/tl/top50.tpl comes from top50.tpl.src", arguments_.source));
+          "cannot install {}: a source needs a suffix, as in top50.tpl.src for d/tl/top50.tpl",
+          arguments_.source));
     }
     // Before anything is read: by a link or an include the site's user could have root copy a file.
     const auto entered =
@@ -104,7 +105,7 @@ class ExpandCommand {
       warn(fmt::format("{}: {}", finding.kind->name, finding.kind->advice));
     }
     if (arguments_.force || std::ranges::none_of(findings, blocks_lines)) return true;
-    warn("nothing was written; --force writes it all the same");
+    warn("nothing was written. Fix the source, or use --force to write the template anyway");
     return false;
   }
 
@@ -135,23 +136,22 @@ class ExpandCommand {
 
 void add_expand_command(const Command& program) {
   const auto arguments = std::make_shared<Arguments>();
-  const Command command =
-      program.add_command("expand", "Write out a template's source: its includes and repeats");
+  const Command command = program.add_command("expand", "Make a template from its source");
   command.footer(
       "Examples:\n"
       "  toplistctl expand d/tl/top50.tpl.src | less\n"
       "  toplistctl expand --install d/tl/top50.tpl.src\n"
       "Exit status: 0 written, 1 faults found and nothing written, 2 not done.");
   command.text("source", "FILE", arguments->source, "A template with directives").required();
-  const Option output = command.text("--output", "FILE", arguments->output,
-                                     "Write the template into this file, in one step");
+  const Option output =
+      command.text("--output", "FILE", arguments->output, "Write the template into this file");
   const Option install = command.flag(
       "--install", arguments->install,
       "Write it to d/tl/, under the source's name without its last suffix, and its check value "
-      "into the definitions");
+      "to d/tl/tl");
   install.excludes(output);
   add_site_option(command, arguments->site).needs(install);
-  command.flag("--force", arguments->force, "Write also what stops a run or blocks a line");
+  command.flag("--force", arguments->force, "Write the template in spite of faults");
   command.run([arguments] { return ExpandCommand(*arguments).run(); });
 }
 

@@ -92,7 +92,7 @@ Expected<int> export_toplist(const ToplistArguments& arguments) {
 void add_toplist(const Command& parent) {
   const auto arguments = std::make_shared<ToplistArguments>();
   const Command command =
-      parent.add_command("toplist", "The ranked trades that a toplist shows now");
+      parent.add_command("toplist", "Print the ranked trades that a toplist shows now");
   add_site_option(command, arguments->site);
   command
       .text("template", "TEMPLATE", arguments->name,
@@ -121,10 +121,11 @@ void add_subject(const Command& parent, const std::string& name, const std::stri
 }  // namespace
 
 void add_export_command(const Command& program) {
-  const Command command = program.add_command("export", "Print a site's data as CSV");
+  const Command command =
+      program.add_command("export", "Print trades, figures or a toplist as CSV");
   command.require_command();
-  add_subject(command, "trades", "A line for each trade: the record and its texts", trades_csv);
-  add_subject(command, "figures", "A line for each trade and period", figures_csv);
+  add_subject(command, "trades", "Print a line for each trade, with its texts", trades_csv);
+  add_subject(command, "figures", "Print a line for each trade and period", figures_csv);
   add_toplist(command);
 }
 

@@ -84,8 +84,8 @@ Expected<int> import_trades_csv(std::string_view csv, const Arguments& arguments
                   count(What::changed), imported.unchanged, removed);
   if (imported.fillers > 0) {
     summary += fmt::format(
-        "Added {} records of no trade, with ids below 0: a run takes fewer than {} for a database "
-        "that is still being written.\n",
+        "Added {} records that belong to no trade, with ids below 0. A run takes fewer than {} "
+        "records for a database that is still being written.\n",
         imported.fillers, kFewestTrades);
   }
   return finish(change, imported.changes, std::move(summary));
@@ -151,7 +151,7 @@ std::pair<Command, std::shared_ptr<Arguments>> add_subject(const Command& parent
 
 void add_import_command(const Command& program) {
   const Command command =
-      program.add_command("import", "Write a site's trades or figures from CSV");
+      program.add_command("import", "Add and change trades and figures from CSV");
   command.require_command();
   const auto [trades, arguments] =
       add_subject(command, "trades", "Add and change trades, with their texts", import_trades_csv);
@@ -161,8 +161,7 @@ void add_import_command(const Command& program) {
   const Option escape = trades.flag("--escape", arguments->escape,
                                     "Write \"<\", \"&\" and quotes in texts as entities");
   trades.flag("--raw", arguments->raw, "Take texts as they are, with HTML").excludes(escape);
-  add_subject(command, "figures", "Put the figures of a CSV file into the site",
-              import_figures_csv);
+  add_subject(command, "figures", "Replace figures", import_figures_csv);
 }
 
 }  // namespace toplist::ctl

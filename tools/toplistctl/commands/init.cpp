@@ -28,8 +28,8 @@ Expected<int> init_site(const std::string& directory) {
   return empty_site()
       .and_then([&](const NewSite& site) { return create_site(directory, site); })
       .map([&] {
-        return print(fmt::format(
-            "{}: a site without trades and with one toplist, d/tl/index.tpl.src\n", directory));
+        return print(fmt::format("{}: created an empty site with one toplist, d/tl/index.tpl.src\n",
+                                 directory));
       });
 }
 
@@ -38,16 +38,16 @@ std::string next_steps(const HarvestedSite& harvested, const fs::path& root) {
   const auto& [site, config] = harvested;
   const std::string name = shell_word(root.string());
   const std::string unit = fmt::format("toplist-harvest@$(systemd-escape --path {})", name);
-  std::string text =
-      fmt::format("{}: a root that harvests for {}\n\nNext:\n", root.string(), site.string());
+  std::string text = fmt::format("{}: created a root that harvests for {}\n\nNext:\n",
+                                 root.string(), site.string());
   if (config.harvest_enabled()) {
-    text += fmt::format("  write 0 on line 7 of {}: the site's own runs harvest as well\n",
+    text += fmt::format("  write 0 on line 7 of {}, or the site's own runs harvest as well\n",
                         (site / kHarvestConfigPath).string());
   }
   if (!config.thumb_dir().starts_with(kWritableFolder)) {
-    text += fmt::format(
-        "  systemctl edit \"{}.service\", and there, below [Service]: ReadWritePaths={}\n", unit,
-        (site / config.thumb_dir()).parent_path().lexically_normal().string());
+    text +=
+        fmt::format("  systemctl edit \"{}.service\", and write [Service] and ReadWritePaths={}\n",
+                    unit, (site / config.thumb_dir()).parent_path().lexically_normal().string());
   }
   return text + fmt::format("  toplistctl check --site {}\n  systemctl enable --now \"{}.timer\"\n",
                             name, unit);
@@ -64,16 +64,18 @@ Expected<int> init_harvest(const Arguments& arguments) {
 
 void add_init_command(const Command& program) {
   const auto arguments = std::make_shared<Arguments>();
-  const Command command = program.add_command("init", "Create an empty site to fill");
+  const Command command =
+      program.add_command("init", "Create an empty site, or a root that harvests for another site");
   command.footer(
-      "An empty site:\n"
+      "Create an empty site:\n"
       "  toplistctl init /srv/mysite\n"
-      "Thumbnails of a site's trades, fetched apart from the runs that build its pages:\n"
+      "Create a root that fetches a site's thumbnails, apart from the runs that build its pages:\n"
       "  toplistctl init --harvest-of /srv/mysite /srv/mysite-harvest");
   command.text("directory", "DIR", arguments->directory, "New or empty").required();
-  command.text("--harvest-of", "SITE", arguments->harvested_site,
-               "Instead of a site, a second root that harvests for this one, so that no partner's "
-               "server delays its pages");
+  command.text(
+      "--harvest-of", "SITE", arguments->harvested_site,
+      "Create a second root that harvests for this site, so that no partner's server delays "
+      "its pages");
   command.run([arguments] {
     return arguments->harvested_site.empty() ? init_site(arguments->directory)
                                              : init_harvest(*arguments);

@@ -96,9 +96,9 @@ std::string check_keep(const std::string& text) {
 
 void add_record_command(const Command& program) {
   const auto arguments = std::make_shared<Arguments>();
-  const Command command = program.add_command("record", "Record the figures of all active trades");
+  const Command command = program.add_command("record", "Keep the figures of today in a database");
   command.footer(
-      "Adds a snapshot to l/sys/history.sqlite, an SQLite database. To be run every hour.\n"
+      "Adds a snapshot to l/sys/history.sqlite, an SQLite database. Run it every hour.\n"
       "Exit status: 0 recorded, 2 nothing was recorded.\n"
       "Examples:\n"
       "  toplistctl record --site /srv/mysite\n"

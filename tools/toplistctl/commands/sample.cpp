@@ -124,14 +124,15 @@ Expected<NewSite> sample_site() {
 
 void add_sample_command(const Command& program) {
   const auto directory = std::make_shared<std::string>();
-  const Command command =
-      program.add_command("sample", "Create a complete site of invented trades");
+  const Command command = program.add_command("sample", "Create a site with invented trades");
   command.footer("Example:\n  toplistctl sample /tmp/mysite");
   command.text("directory", "DIR", *directory, "New or empty").required();
   command.run([directory] {
     return sample_site()
         .and_then([&](const NewSite& site) { return create_site(*directory, site); })
-        .map([&] { return print(fmt::format("{}: a site of invented trades\n", *directory)); });
+        .map([&] {
+          return print(fmt::format("{}: created a site with invented trades\n", *directory));
+        });
   });
 }
 

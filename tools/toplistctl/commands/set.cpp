@@ -38,7 +38,7 @@ Expected<TradeRecord> find_trade(const std::vector<TradeRecord>& trades, const s
   if (found.empty()) return failure(fmt::format("{} has no trade {}", kTradesPath, name));
   if (found.size() == 1) return found.front();
   return failure(
-      fmt::format("{} trades are called {}. Name one by its number", found.size(), name));
+      fmt::format("{} trades have the domain {}. Use a number instead", found.size(), name));
 }
 
 /// The values as a CSV file of one line, for the import; `domain` is set to a new domain.
@@ -69,7 +69,7 @@ Expected<void> move_file(SiteChange& change, const std::string& from, const std:
   if (!*bytes) return {};
   const auto taken = read_file_if_there(to);
   if (!taken) return tl::unexpected(taken.error());
-  if (*taken) return failure(fmt::format("{} is already there. Remove it first", to));
+  if (*taken) return failure(fmt::format("{} already exists. Remove it first", to));
   change.write(to, **bytes);
   if (!is_shared) change.remove(from);
   return {};
@@ -150,7 +150,7 @@ Expected<int> set(const Arguments& arguments) {
 
 void add_set_command(const Command& program) {
   const auto arguments = std::make_shared<Arguments>();
-  const Command command = program.add_command("set", "Change values of one trade");
+  const Command command = program.add_command("set", "Change one trade");
   add_site_option(command, arguments->site);
   command.text("trade", "TRADE", arguments->trade, "Its number or domain").required();
   command

@@ -157,13 +157,14 @@ void add_figures_options(const Command& command, Arguments& arguments) {
       },
       "Order by this value: its number, 1 to 60, or its name, such as rin24, clk24/rin24 or "
       "further1_24");
-  command.number("--top", "N", arguments.top, 1, "Only the first N trades");
+  command.number("--top", "N", arguments.top, 1, "Print only the first N trades");
 }
 
 void add_log_options(const Command& command, Arguments& arguments) {
-  command.duration("--since", arguments.since, "Only lines of this span of time, up to now");
+  command.duration("--since", arguments.since,
+                   "Print only the lines of this span of time, up to now");
   command.flag("--summary", arguments.summary,
-               "One row for each kind of line: how often, first and last time");
+               "Print one row for each kind of line: how often, first and last time");
 }
 
 struct Subject {
@@ -177,7 +178,7 @@ constexpr Subject kSubjects[] = {
     {"trades", "The trade database, record by record", trades, nullptr, "toplistctl show trades"},
     {"figures", "The figures of the active trades in one period", figures, add_figures_options,
      "toplistctl show figures --period 24 --sort clk24/rin24 --top 20"},
-    {"toplists", "How many trades each toplist shows, and which settings drop the others", toplists,
+    {"toplists", "What the next run does with each toplist, and how many trades it shows", toplists,
      nullptr, "toplistctl show toplists --json"},
     {"log", "The system log in readable form", log, add_log_options,
      "toplistctl show log --since 1d --summary"},
@@ -200,7 +201,7 @@ void add_subject(const Command& show, const Subject& subject) {
 }  // namespace
 
 void add_show_command(const Command& program) {
-  const Command show = program.add_command("show", "Show what a site holds");
+  const Command show = program.add_command("show", "List trades, figures, toplists or the log");
   show.require_command();
   for (const Subject& subject : kSubjects) add_subject(show, subject);
 }

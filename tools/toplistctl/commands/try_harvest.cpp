@@ -67,7 +67,7 @@ class HarvestTrace {
   std::string fetch_raw(const std::string& host, const std::string& url) const {
     RawResponse response = get_(host, url);
     if (response.failure) {
-      add("  nothing came: {}", failure_text(*response.failure));
+      add("  the fetch failed: {}", failure_text(*response.failure));
     } else {
       add("  {}, beginning {}", count_of(response.bytes.size(), "byte"),
           in_quotes(first_line(response.bytes)));
@@ -85,7 +85,7 @@ class HarvestTrace {
     } else if (!fault.empty()) {
       add("  not fetched: {}", fault);
     } else if (text.empty()) {
-      add("  nothing came by {}", method->program());
+      add("  {} returned nothing", method->program());
     } else {
       add("  {} by {}", count_of(text.size(), "byte"), method->program());
     }
@@ -182,8 +182,8 @@ bool try_harvest(std::span<const TradeRecord> trades, std::size_t index,
 
 void add_try_harvest_command(const Command& program) {
   const auto arguments = std::make_shared<Arguments>();
-  const Command command = program.add_command(
-      "try-harvest", "Fetch a trade's page and pictures as a harvest does; store nothing");
+  const Command command =
+      program.add_command("try-harvest", "Show what a harvest makes of a trade");
   command.footer(
       "Exit status: 0 a run would store a picture, 1 it would store none, 2 the site cannot be "
       "read.\n"

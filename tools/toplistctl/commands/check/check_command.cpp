@@ -30,7 +30,8 @@ Expected<const Kind*> kind_named(const std::string& name) {
   const auto found =
       std::find_if(all.begin(), all.end(), [&](const Kind* kind) { return kind->name == name; });
   if (found != all.end()) return *found;
-  return failure(fmt::format("there is no kind of finding \"{}\"; toplistctl(1) lists them", name));
+  return failure(
+      fmt::format("there is no kind of finding \"{}\". The column KIND shows the names", name));
 }
 
 Expected<Wanted> wanted_of(const Arguments& arguments) {
@@ -84,8 +85,8 @@ Expected<int> check(const Arguments& arguments) {
 
 void add_check_command(const Command& program) {
   const auto arguments = std::make_shared<Arguments>();
-  const Command command = program.add_command(
-      "check", "Report what makes a run log, skip, stop or show something wrong");
+  const Command command =
+      program.add_command("check", "Report what is wrong with a site, and what to do");
   command.footer(
       "Only reads the site. Exit status: 0 nothing found, 1 findings, 2 could not check.\n"
       "Run it as the user that runs toplist, or as root, which then acts as the site's owner.\n"

@@ -33,7 +33,7 @@ Place line_place(std::size_t line) { return {.file = kHarvestConfigPath, .line =
 /// Reports a folder that cannot be written to; true when it can.
 bool check_writable_folder(const Kind& kind, const std::string& path, Diagnostics& findings) {
   if (::access((path + "/.").c_str(), W_OK | X_OK) == 0) return true;
-  add(findings, kind, {.file = path}, "this is no folder that can be written to");
+  add(findings, kind, {.file = path}, "toplist cannot write to this folder");
   return false;
 }
 
@@ -57,12 +57,12 @@ void check_lock(Diagnostics& findings) {
 void check_changes(Diagnostics& findings) {
   if (lock_holder()) return;  // a change may be in progress
   if (const auto change = unfinished_change()) {
-    add(findings, kinds::kUnfinishedChange, {.file = "l/sys/undo"}, "{} was killed half-way",
+    add(findings, kinds::kUnfinishedChange, {.file = "l/sys/undo"}, "{} was killed before it ended",
         *change);
   }
   for (const char* folder : {"d/t/", "d/tl/", "d/h/", "d/gr/"}) {
     for (const std::string& path : files_in(folder, kNewSuffix)) {
-      add(findings, kinds::kLeftoverFile, {.file = path}, "a killed command has left this file");
+      add(findings, kinds::kLeftoverFile, {.file = path}, "a killed command left this file");
     }
   }
 }
@@ -97,7 +97,7 @@ void check_harvest_lines(const HarvestConfig& config, Diagnostics& findings) {
   const std::string& method = config.fetch_method();
   if (!is_fetch_method(method)) {
     add(findings, kinds::kUnknownFetchMethod, line_place(Line::kFetchMethod),
-        "\"{}\" is no fetch method", method);
+        "\"{}\" is not a fetch method", method);
   } else if (method != kRawHttpMethod) {  // the built-in client needs no folder for downloads
     check_writable_folder(kinds::kHarvestFolder, kDownloadFolder, findings);
   }

@@ -23,7 +23,7 @@ namespace {
 std::string_view figure_fault(std::string_view field) {
   if (field.empty()) return {};
   const auto number = whole_number(field);
-  if (!number) return "is no whole number";
+  if (!number) return "is not a whole number";
   if (*number < 0) return "is negative";
   return *number > INT32_MAX ? "is above 2147483647" : "";
 }
@@ -131,7 +131,7 @@ class MissingHistories {
         add(findings_, kinds::kMissingHistory, {.file = path}, "there is no such file");
       } else {
         add(findings_, kinds::kRenamedHistory, {.file = path},
-            "there is no such file, but one of no trade: mv {} {}", *old, path);
+            "there is no such file. One belongs to no trade: mv {} {}", *old, path);
       }
     }
   }
@@ -170,7 +170,7 @@ class ColumnCheck {
     const Place place{.file = kExtraColumnsPath, .line = line_};
     const auto [first, is_new] = lines_.emplace(fields[0], line_);
     if (!is_new) {
-      add(findings_, kinds::kDuplicateColumns, place, "line {} also is for \"{}\"", first->second,
+      add(findings_, kinds::kDuplicateColumns, place, "line {} is also for \"{}\"", first->second,
           fields[0]);
     }
     for (std::size_t i = 1; i < fields.size(); ++i) {

@@ -20,8 +20,8 @@ void check_size(std::size_t bytes, const SiteView& site, Diagnostics& findings) 
         "the record has {} of {} bytes", cut, kRecordBytes);
   }
   if (count < kFewestTrades) {
-    add(findings, kinds::kTooFewRecords, {.file = kTradesPath}, "the file holds {}, a run needs {}",
-        count_of(count, "record"), kFewestTrades);
+    add(findings, kinds::kTooFewRecords, {.file = kTradesPath},
+        "the file has {}, but a run needs {}", count_of(count, "record"), kFewestTrades);
   } else if (std::none_of(site.run.trades.begin(), site.run.trades.end(), is_active)) {
     add(findings, kinds::kNoActiveTrades, {.file = kTradesPath}, "none of the {} has status 1",
         count_of(count, "trade"));
@@ -54,9 +54,9 @@ std::string_view domain_fault(std::string_view domain) {
   if (domain.size() >= sizeof(TradeRecord::domain)) return "fills its field to the end";
   if (contains(domain, "/")) return "holds a \"/\"";
   if (domain.find_first_of("\r\n\t|") != std::string_view::npos) {
-    return "holds a line break, tab or \"|\"";
+    return "contains a line break, tab or \"|\"";
   }
-  return is_host_name(domain) ? "" : "is no host name";
+  return is_host_name(domain) ? "" : "is not a host name";
 }
 
 /// Checks one active trade after the other.

@@ -101,7 +101,7 @@ std::string pages_table(const SiteStatus& status) {
 }
 
 std::string log_text(const SiteStatus& status) {
-  if (status.log_fault) return *status.log_fault + ". Failures of runs leave no trace.\n";
+  if (status.log_fault) return *status.log_fault + ". Failures of runs are not logged.\n";
   if (status.log_lines.empty()) return "Nothing was logged.\n";
   return fmt::format("Lines logged: {}{}\n\n", status.has_more_lines ? "more than " : "",
                      status.log_lines.size()) +
@@ -188,7 +188,7 @@ Expected<int> print_status(const Arguments& arguments) {
 
 void add_status_command(const Command& program) {
   const auto arguments = std::make_shared<Arguments>();
-  const Command command = program.add_command("status", "Report whether the schedule is alive");
+  const Command command = program.add_command("status", "Report whether the pages are up to date");
   command.footer(
       "Only reads the site. Exit status: 0 fine, 1 something is wrong, 2 could not check.\n"
       "Examples:\n"

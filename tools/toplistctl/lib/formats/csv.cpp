@@ -91,7 +91,8 @@ class CsvTable::Reader {
       text.remove_prefix(size);
     }
     if (csv_fini(&parser_, on_cell, on_row_end, this) != 0) {
-      table_.error_at({{}, 0, cell_line_, row_cells_ + 1}, "the quote of this cell never ends");
+      table_.error_at({{}, 0, cell_line_, row_cells_ + 1},
+                      "the closing quote of this cell is missing");
     }
   }
 
@@ -203,7 +204,8 @@ void CsvTable::check_header(const std::function<bool(std::string_view)>& is_know
     if (is_first && is_known(header_[i])) continue;
     error_at({{}, 0, header_line_, i + 1},
              fmt::format("column {}: {}", header_[i],
-                         is_first ? "no column has this name" : "this column is there twice"));
+                         is_first ? "there is no column with this name"
+                                  : "the header names this column twice"));
   }
   for (const std::string_view name : required) {
     if (header_.empty() || column(name)) continue;

@@ -57,7 +57,10 @@ class FiguresImporter {
     }
     trades_.reserve(trades.size());
     for (const TradeRecord& trade : trades) {
-      by_id_.emplace(trade.trade_id, trades_.size());
+      const auto [first, is_new] = by_id_.emplace(trade.trade_id, trades_.size());
+      if (!is_new && domain_of(*trades_[first->second].record) != domain_of(trade)) {
+        trades_[first->second].shares_id = true;
+      }
       trades_.push_back({.record = &trade});
       edit_.values.try_emplace(std::to_string(trade.trade_id));
     }
@@ -89,6 +92,7 @@ class FiguresImporter {
     const TradeRecord* record;
     std::array<std::optional<std::size_t>, kPeriodCount> rows{};  ///< of the CSV, by period
     PeriodBlock all_time{};
+    bool shares_id = false;  ///< with a trade of another domain, thus of another history
   };
 
   void add_row(std::size_t row) {
@@ -101,7 +105,7 @@ class FiguresImporter {
     Trade& trade = trades_[found->second];
     if (const auto earlier = trade.rows.at(*period)) {
       return error(row, kId,
-                   fmt::format("line {} has this id and period, too", table_.line(*earlier)));
+                   fmt::format("line {} has the same id and period", table_.line(*earlier)));
     }
     trade.rows.at(*period) = row;
     const bool is_all_time = *period == kPeriod99;
@@ -142,8 +146,13 @@ class FiguresImporter {
 
   Expected<void> add_history(const Trade& trade, std::size_t row) {
     const std::string_view domain = domain_of(*trade.record);
+    if (trade.shares_id) {
+      error(row, kId,
+            "two trades of different domains have this id, so it does not name a history");
+      return {};
+    }
     if (contains(domain, "/")) {
-      error(row, kId, "the domain of this trade holds a \"/\", so it cannot name a history");
+      error(row, kId, "the domain of this trade contains a \"/\", so it cannot name a history");
       return {};
     }
     const auto before = histories_(domain);

@@ -35,18 +35,18 @@ struct Unfit {
 };
 /// The first four are for all texts, the last one is for domains.
 constexpr std::array<Unfit, 5> kUnfit{{
-    {"%%"sv, "must not hold \"%%\", which begins a tag"},
-    {"\n"sv, "must not hold a line break"},
-    {"\0"sv, "must not hold a NUL byte"},
-    {"|"sv, "must not hold a \"|\", which separates fields"},
-    {"/"sv, "must not hold a \"/\", because the domain names files"},
+    {"%%"sv, "must not contain \"%%\", which starts a tag"},
+    {"\n"sv, "must not contain a line break"},
+    {"\0"sv, "must not contain a NUL byte"},
+    {"|"sv, "must not contain \"|\", which separates fields"},
+    {"/"sv, "must not contain \"/\", because the domain names files"},
 }};
 constexpr std::size_t kTextUnfit = 4;
 
 constexpr const char* kNotUtf8 =
     "this is not UTF-8. Convert the file: iconv -f WINDOWS-1252 -t UTF-8";
 constexpr const char* kMarkup =
-    "this holds HTML. Use --escape to show it as text, --raw to take it as it is";
+    "this contains HTML. Use --escape to show it as text, or --raw to keep it";
 
 bool is_letter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
@@ -135,7 +135,7 @@ class TradesImporter {
       if (is_new) {
         in_order_.emplace_back(row, kNew);
       } else {
-        error(row, kId, fmt::format("line {} has this id, too", table_.line(entry->second)));
+        error(row, kId, fmt::format("line {} has the same id", table_.line(entry->second)));
       }
     }
   }
@@ -246,7 +246,7 @@ class TradesImporter {
       columns_.emplace_back(domain, std::move(columns));
     } else if (!same_columns(columns_[entry->second.index].second, columns)) {
       error(row, kDomain,
-            fmt::format("line {} has this domain and other texts. Trades of one domain share "
+            fmt::format("line {} has the same domain and other texts. Trades of one domain share "
                         "their texts",
                         table_.line(entry->second.row)));
     }

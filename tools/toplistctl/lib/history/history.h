@@ -13,8 +13,8 @@
 
 /// Snapshots: the figures of all active trades at many times, in an SQLite database.
 ///
-/// toplistctl(1) describes the tables, which other programs query as well. Times are seconds since
-/// 1970 in UTC.
+/// toplistctl-record(1) describes the tables, which other programs query as well. Times are seconds
+/// since 1970 in UTC.
 namespace toplist::ctl {
 
 class Database;

@@ -44,7 +44,7 @@ Expected<std::string> expand(const std::string& source, const NewSite& site) {
 
 tl::unexpected<Error> cannot_create(const fs::path& path, int code, std::string advice = "") {
   return tl::unexpected(
-      Error{"cannot create", path.string(), code, std::move(advice) + "Nothing was created"});
+      Error{"cannot create", path.string(), code, std::move(advice) + "Nothing was created."});
 }
 
 /// Opens a folder of the caller's. A link is not followed: whoever may rename things in `parent`
@@ -120,7 +120,8 @@ class Draft {
 
  private:
   [[nodiscard]] tl::unexpected<Error> refuse(int code) const {
-    return cannot_create(target_, code, "It must be a new folder, or an empty one of yours. ");
+    return cannot_create(target_, code,
+                         "Name a new folder in an existing one, or an empty folder of yours. ");
   }
 
   /// After a failure, nothing more is made.

@@ -341,8 +341,8 @@ Expected<std::optional<Undone>> undo_last_change(bool force) {
     if (!changed) return tl::unexpected(nothing_changed(changed.error()));
     if (!changed->empty()) {
       return failure(fmt::format(
-          "{} has changed since \"{}\". Undoing loses what was written there since; --force does "
-          "it. {}",
+          "{} has changed since \"{}\". {} Use --force to undo anyway and lose the later "
+          "changes.",
           changed->front(), manifest->title(), kNothingChanged));
     }
   }

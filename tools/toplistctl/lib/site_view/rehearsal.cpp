@@ -70,7 +70,7 @@ std::string why_unopened(const std::string& path) {
 }
 
 std::string why_skipped(const ToplistDefinition& definition) {
-  if (definition.build_mode == "1") return "its check value is not the template's";
+  if (definition.build_mode == "1") return "its check value does not match the template";
   return fmt::format("its build mode is \"{}\"", definition.build_mode);
 }
 

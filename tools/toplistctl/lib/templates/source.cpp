@@ -25,7 +25,7 @@ constexpr std::size_t kDeepestInclude = 64;
 constexpr std::size_t kMostIncludes = 10'000;
 constexpr std::size_t kMostBytes = 1UL << 28;  ///< of text and of the account of its lines
 
-constexpr const char* kTooLarge = "from here on the expansion is too large";
+constexpr const char* kTooLarge = "the template becomes too large here";
 
 constexpr std::string_view kPlaceWord = "{place}";
 constexpr std::string_view kRankThenMark = "NNN%%";
@@ -99,13 +99,13 @@ Directive read_directive(const Form& form, std::string_view line, std::size_t at
   const bool is_alone = trimmed(line.substr(0, at)).empty() && end != std::string_view::npos &&
                         end + kCommentEnd.size() == rest.size();
   if (!is_alone) {
-    directive.error = fmt::format("a directive stands alone on its line: {}", form.advice);
+    directive.error = fmt::format("a directive must be alone on its line: {}", form.advice);
     return directive;
   }
   rest.remove_suffix(kCommentEnd.size());
   const bool word_ends = rest.empty() || kBlanks.find(rest.front()) != std::string_view::npos;
   if (!word_ends || !form.read_rest(trimmed(rest), directive)) {
-    directive.error = fmt::format("no such directive: {}", form.advice);
+    directive.error = fmt::format("there is no such directive: {}", form.advice);
   }
   return directive;
 }
@@ -284,7 +284,8 @@ class Expander {
         if (directive.error.empty()) include(directive.file, *line.file, place);
         return;
       case DirectiveKind::repeat:  // a wrong one, too: its end is no mistake
-        if (!repeats_.empty()) add_error(place, "a repeat in a repeat" + begun_at(repeats_.back()));
+        if (!repeats_.empty())
+          add_error(place, "a repeat inside a repeat" + begun_at(repeats_.back()));
         repeats_.push_back({line.file_number, place, directive.first, directive.last});
         return;
       case DirectiveKind::end_repeat:
@@ -296,9 +297,10 @@ class Expander {
   void include(std::string_view name, const SourceFile& from, const Place& place) {
     const Opened& file = open((std::filesystem::path(from.name).parent_path() / name).string());
     if (!file) return add_error(place, file.error().text());
-    if (is_open(*file)) return add_error(place, "a circle: " + chain_to(*file));
+    if (is_open(*file))
+      return add_error(place, "files that include each other: " + chain_to(*file));
     if (chain_.size() > kDeepestInclude || ++includes_ > kMostIncludes) {
-      return give_up(place, "includes without end: " + chain_to(*file));
+      return give_up(place, "includes without an end: " + chain_to(*file));
     }
     expand_file(*file);
   }

@@ -94,7 +94,7 @@ class TemplateCheck {
   void add_malformed(const TagSpot& tag) {
     if (!malformed_) malformed_ = findings_.size();
     add(kinds::kMalformedTag, place_of_(tag.line, tag.column),
-        in_quotes(tag_text(tag)) + " is no tag" + (tag.from_value ? "; a value holds it" : ""));
+        in_quotes(tag_text(tag)) + " is not a tag" + (tag.from_value ? "; it is in a value" : ""));
   }
 
   void add_open_block(std::size_t line) {
