@@ -136,25 +136,13 @@ class HarvestSite : public Site {
   [[nodiscard]] std::string tools() const { return path("bin") + ":/usr/local/bin:/usr/bin:/bin"; }
 };
 
-TEST(HarvestRun, NamesFilesByHostAndThumbnailsByDomain) {
-  const HarvestSite site(Visits{{"domain.e", "http://www.Host.e:80/in?x"}});
-  site.serve("http://www.Host.e:80/in?x",
-             link_to("http://far.e/12345") + link_to("pics/12345.JPG"));
-  const std::string bytes = picture(2048);
-  site.serve("http://Host.e:80/pics/12345.jpg", bytes.substr(0, 2047));
-  site.write("l/thumbs/domain.e.jpg", std::string(9000, 'o'));  // of a run before, and longer
-
-  EXPECT_EQ(site.harvest(), RunResult{});
-  EXPECT_EQ(site.read("fetch.log"),
-            fetch_line("Host.e:80", "http://www.Host.e:80/in?x") +
-                fetch_line("Host.e:80.jpg", "http://far.e/12345") +
-                fetch_line("Host.e:80.jpg", "http://Host.e:80/pics/12345.jpg"));
-  EXPECT_EQ(site.read("tool.log"), tool_line("Host.e:80", "domain.e"));
-  // The line feed that every downloaded text ends with makes it just large enough.
-  EXPECT_EQ(site.listing("l/thumbs"), (Files{{"domain.e.jpg", bytes}}));
-  EXPECT_EQ(site.listing("l/sys/net"), Files{});
-  EXPECT_EQ(site.log(), "");
-}
+// What these do is in data/run_sessions.txt.
+TEST(HarvestRun, NamesFilesByHostAndThumbnailsByDomain) { expect_own_session(); }
+TEST(HarvestRun, TradesThatWouldLeaveTheirPlaceGetNothing) { expect_own_session(); }
+TEST(HarvestRun, ControlCharactersAtTheEndsOfAddressesAreNoPartOfThem) { expect_own_session(); }
+TEST(HarvestRun, TheToolRunsEvenIfTheThumbnailCannotBeWritten) { expect_own_session(); }
+TEST(HarvestRun, TheConfigurationDecidesWhatIsFetched) { expect_own_session(); }
+TEST(HarvestRun, CommandsHaveTheCallersLimitAndTheStandardDescriptorsOnly) { expect_own_session(); }
 
 TEST(HarvestRun, NothingIsExecutedOutOfHostilePagesHostsAndDomains) {
   // What a partner may choose as host and domain, and what his page holds; quotes that are doubled
@@ -191,30 +179,6 @@ TEST(HarvestRun, NothingIsExecutedOutOfHostilePagesHostsAndDomains) {
   EXPECT_EQ(site.listing("l/sys/net"), Files{});
 }
 
-TEST(HarvestRun, TradesThatWouldLeaveTheirPlaceGetNothing) {
-  const HarvestSite site(Visits{{"../../x", "http://dots.e/"},
-                                {"a/../../x", "http://dots2.e/"},
-                                {"empty.e", ""},
-                                {"scheme.e", "http://"},
-                                {"path.e", "http:///12345"},
-                                {"option.e", "-Koption"},
-                                {"control.e", "http://control.e/\t/"},
-                                {"directory.e", "http://directory.e/"}});
-  site.serve_partner("dots.e");
-  site.serve_partner("dots2.e");
-  site.make_dir("l/thumbs/a");
-  site.make_dir("l/sys/net/directory.e");
-  const auto expected = site.contents();
-  EXPECT_EQ(site.harvest(), RunResult{});
-  auto found = site.contents();
-  const std::string log = found["fetch.log"];
-  found.erase("fetch.log");
-  EXPECT_EQ(found, expected);
-  for (const char* url : {"<>", "<http://>", "<http:///12345>", "<-Koption>", "control"}) {
-    EXPECT_EQ(log.find(url), std::string::npos) << url;
-  }
-}
-
 // Thumbnail folder and domain; no path where the thumbnail would be outside of the folder.
 TEST(TradeHarvest, StoresNothingOutsideOfTheThumbnailFolder) {
   expect_cases("thumbnail_path", [](const std::string& words) {
@@ -223,17 +187,6 @@ TEST(TradeHarvest, StoresNothingOutsideOfTheThumbnailFolder) {
     const TradeRecord trade = ctl::make_trade(1, words.substr(blank + 1), "");
     return TradeHarvest(trade, config, nullptr).thumbnail_path();
   });
-}
-
-// As pages write them: src="/12345.jpg" and then the end of the line.
-TEST(HarvestRun, ControlCharactersAtTheEndsOfAddressesAreNoPartOfThem) {
-  const HarvestSite site(Visits{{"d.e", "\thttp://h.e/\r\n"}});
-  site.serve("http://h.e/", "<a href=/><img src=\"/12345\"\n alt=x></a>");
-  site.serve("http://h.e/12345", kPicture);
-  EXPECT_EQ(site.harvest(), RunResult{});
-  EXPECT_EQ(site.read("fetch.log"),
-            fetch_line("h.e", "http://h.e/") + fetch_line("h.e.jpg", "http://h.e/12345"));
-  EXPECT_EQ(site.listing("l/thumbs"), (Files{{"d.e.jpg", kPicture}}));
 }
 
 TEST(HarvestRun, ADownloadLargerThanTheMemoryEndsThatTradesHarvestOnly) {
@@ -248,37 +201,6 @@ TEST(HarvestRun, ADownloadLargerThanTheMemoryEndsThatTradesHarvestOnly) {
   site.remove("l/sys/net");                            // which holds it still
   EXPECT_EQ(site.listing("l/thumbs"), (Files{{"d.e.jpg", kPicture}}));
   EXPECT_EQ(site.log(), "");
-}
-
-TEST(HarvestRun, TheToolRunsEvenIfTheThumbnailCannotBeWritten) {
-  const HarvestSite site(Visits{{"d.e", "http://h.e/"}});
-  site.serve_partner("h.e");
-  site.make_dir("l/thumbs/d.e.jpg");
-  EXPECT_EQ(site.harvest(), RunResult{});
-  EXPECT_EQ(site.read("tool.log"), tool_line("h.e", "d.e"));
-  EXPECT_EQ(site.log(), "");
-}
-
-TEST(HarvestRun, TheConfigurationDecidesWhatIsFetched) {
-  const struct {
-    const char* configuration;
-    std::size_t fetches;  ///< of the page, and of the picture
-  } cases[] = {
-      {"l/thumbs/\ntool\n\n\n2\n1\n24", 2},    {"l/thumbs/\ntool\n\n\n2\n1\n 1x\n", 2},
-      {"l/thumbs/\ntool\n\n\n2\n1\n25\n", 0},  {"l/thumbs/\ntool\n\n\n2\n", 0},
-      {"l/thumbs/\ntool\n\n\n4\n1\n1\n", 0},   {"l/thumbs/\ntool\n\n\n02\n1\n1\n", 0},
-      {"l/thumbs/\ntool\n\n\n2\r\n1\n1\n", 0}, {"l/thumbs/\ntool\n\n\n2\n1\n1\nmore\n", 1},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.configuration);
-    const HarvestSite site(Visits{{"d.e", "http://h.e/"}});
-    site.serve_partner("h.e");
-    site.write("d/tl/vantaig", c.configuration);
-    EXPECT_EQ(site.harvest(), RunResult{});
-    EXPECT_EQ(lines_of(site.read("fetch.log")).size(), c.fetches);
-    EXPECT_EQ(site.listing("l/thumbs").size(), c.fetches == 2 ? 1U : 0U);
-    EXPECT_EQ(site.log(), "");
-  }
 }
 
 // By the time a worker reads the configuration afresh, it may be another one.
@@ -496,21 +418,6 @@ TEST(HarvestRun, PagesAreBuiltHoweverManyConnectionsAreHeldOpen) {
     EXPECT_EQ(site.log(), "");
     EXPECT_GE(server->requests().size() - before, c.fewest_requests);
   }
-}
-
-// A downloader that outlives a killed run must not hold the scheduler's lock, and without standard
-// descriptors its messages would go into the files that it opens.
-TEST(HarvestRun, CommandsHaveTheCallersLimitAndTheStandardDescriptorsOnly) {
-  const HarvestSite site(Visits{{"a.e", "http://a.e/"}});
-  site.remove("bin/fetch");
-  site.add_stand_in("fetch-limits", "fetch");
-  const std::string command = "ulimit -S -n 64; exec <&- >&- 2>&- 7>l/sys/a.lock 9>l/sys/b.lock; ";
-  const RunResult result =
-      site.start({.program = "/bin/sh",
-                  .arguments = {"-c", command + TOPLIST_PROGRAM " run"},
-                  .environment = {"PATH=" + site.path("bin") + ":/usr/bin:/bin"}});
-  EXPECT_EQ(result, RunResult{});
-  EXPECT_EQ(site.read("limits"), "64: 0 1 2");
 }
 
 TEST(HarvestThreads, LeaveTheLimitOfDescriptorsAsItWas) {

@@ -96,18 +96,6 @@ TEST(HarvestRoot, IsLaidOutWhollyOrNotAtAll) {
   EXPECT_FALSE(fs::exists(site.path("root")));
 }
 
-TEST(HarvestRoot, WhoWritesTheSitesLogMayDownload) {
-  const HarvestedSite site;
-  ASSERT_EQ(::chmod(site.path("l/sys").c_str(), 02775), 0);
-  ASSERT_EQ(site.run_ctl("init --harvest-of . root"), 0) << site.read("out");
-  for (const char* folder : {"root/l/sys", "root/l/sys/net"}) {
-    struct stat status {};
-    ASSERT_EQ(::stat(site.path(folder).c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 07777, 02775U) << folder;
-  }
-  EXPECT_NE(site.read("out").find("line 7"), std::string::npos) << "the site harvests as well";
-}
-
 using Web = std::map<std::string, RawResponse>;  ///< by address; others are unknown hosts
 
 /// What a trial of the trade's harvest reports.

@@ -97,53 +97,6 @@ TEST(NewSite, AnEmptySiteBuildsItsPageOnceItHasTrades) {
 const std::vector<std::vector<std::string>> kCommands{
     {"sample"}, {"init"}, {"init", "--harvest-of", "."}};
 
-constexpr const char* kRule =
-    ". Name a new folder in an existing one, or an empty folder of yours. Nothing was created.\n";
-
-TEST(NewSite, IsCreatedOnlyWhereNothingIs) {
-  const Site site;
-  site.make_dir("elsewhere");
-  site.make_dir("full/d");
-  fs::create_directory_symlink("elsewhere", site.path("link"));
-  const std::string name_too_long(300, 'x');
-  const struct {
-    std::string path;
-    const char* reason;
-  } cases[] = {{"d/t/sum", "Not a directory"},
-               {"full", "Directory not empty"},
-               {"link", "Not a directory"},
-               {"none/new", "No such file or directory"},
-               {name_too_long, "File name too long"}};
-  const auto before = site.contents();
-  for (const auto& c : cases) {
-    for (auto command : kCommands) {
-      command.push_back(c.path);
-      const RunResult result = run_ctl(site, command);
-      EXPECT_EQ(result.status, 2) << c.path;
-      EXPECT_EQ(result.err,
-                "toplistctl: cannot create " + site.path(c.path) + ": " + c.reason + kRule);
-    }
-  }
-  EXPECT_EQ(site.contents(), before);
-}
-
-TEST(NewSite, NothingRemainsOfOneThatCannotBeWritten) {
-  const Site site;
-  site.make_dir("empty");
-  const auto before = site.contents();
-  for (auto command : kCommands) {
-    for (const char* folder : {"empty", "new"}) {
-      command.push_back(folder);
-      // As on a full disk: no file can grow.
-      const RunResult result = site.start(
-          {.program = TOPLISTCTL_PROGRAM, .arguments = command, .limit = "-f 0 && trap '' XFSZ"});
-      EXPECT_EQ(result.status, 2) << command[0] << ' ' << folder;
-      EXPECT_EQ(site.contents(), before) << command[0] << ' ' << folder;
-      command.pop_back();
-    }
-  }
-}
-
 TEST(NewSite, RootWritesNothingThatTheFoldersOwnerCouldNot) {
   constexpr uid_t kNobody = 65534;
   if (::geteuid() != 0) GTEST_SKIP() << "only root can become another user";

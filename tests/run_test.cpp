@@ -28,12 +28,6 @@ std::string ids_page(const std::vector<int>& ids) {
   return page;
 }
 
-/// Runs the session that is called as the test is.
-void expect_own_session() {
-  expect_sessions("run_sessions.txt",
-                  testing::UnitTest::GetInstance()->current_test_info()->name());
-}
-
 /// Forty active trades with few different keys, a switched off one among them.
 std::vector<Trade> tied_trades() {
   std::vector<Trade> trades(41);

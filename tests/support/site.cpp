@@ -170,13 +170,19 @@ void expect_sessions(const std::string& file, const std::string& name) {
     if (c.name == "prelude") prelude += c.texts["session"];
     if (c.name == "prelude" || (!name.empty() && c.name != name)) continue;
     const Site site;
-    const RunResult result = site.start({.program = "/bin/sh",
-                                         .arguments = {"-c", prelude + c.texts["session"]},
-                                         .environment = {path, "LC_ALL=C.UTF-8"}});
+    const RunResult result = site.start(
+        {.program = "/bin/sh",
+         .arguments = {"-c", prelude + c.texts["session"]},
+         .environment = {path, "LC_ALL=C.UTF-8", "STAND_INS=" TOPLIST_TEST_DATA "/stand-ins"}});
     EXPECT_EQ(result.out, c.texts["output"]) << c.name;
     ++count;
   }
   EXPECT_GT(count, 0) << name;
+}
+
+void expect_own_session() {
+  const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
+  expect_sessions("run_sessions.txt", test->name());
 }
 
 }  // namespace toplist::test

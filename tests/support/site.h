@@ -111,4 +111,7 @@ class InSite {
 /// standard error too, with the file. The built programs are in the path.
 void expect_sessions(const std::string& file, const std::string& name = "");
 
+/// Runs the session of run_sessions.txt that is called as the running test is.
+void expect_own_session();
+
 }  // namespace toplist::test
