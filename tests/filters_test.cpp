@@ -9,6 +9,7 @@
 
 #include "support/rows.h"
 #include "support/temp_dir.h"
+#include "support/text_cases.h"
 
 namespace toplist {
 namespace {
@@ -42,32 +43,14 @@ TEST(Filters, EachMinimumTestsItsOwnFigure) {
   }
 }
 
+/// A row's rin60, and the settings.
 TEST(Filters, MinimumsAreOffAtMinusOne) {
-  const struct {
-    Settings settings;
-    std::int32_t rin60;
-    bool shown;
-  } cases[] = {
-      {{}, INT32_MIN, true},
-      {{{"t", "rin60", "0"}}, -1, false},
-      {{{"t", "rin60", "-1"}}, -100, true},
-      {{{"t", "rin60", "-2"}}, -2, true},
-      {{{"t", "rin60", "-2"}}, -3, false},
-      {{{"t", "rin60", "4294967295"}}, -100, true},  // the low 32 bits: -1
-      {{{"t", "rin60", " 10abc"}}, 9, false},
-      {{{"t", "rin60", " 10abc"}}, 10, true},
-      {{{"t", "rin60", "abc"}}, -1, false},
-      {{{"t", "rin60", "50"}, {"t", "rin60", "5"}}, 5, true},
-      {{{"t", "rin60", "5"}, {"t", "rin60", "50"}}, 5, false},
-      {{{"t", "rin60", "50"}, {"t", "rin60", "-1"}}, -5, true},
-      {{{"t", "rin60", "5"}, {"t", "uin60", "1"}}, 5, false},  // all must hold
-      {{{"u", "rin60", "50"}, {"d/tl/t", "rin60", "50"}, {"T", "rin60", "50"}}, 5, true},
-  };
-  for (std::size_t i = 0; i < std::size(cases); ++i) {
+  test::expect_cases("minimums", [](const std::string& text) {
     TradeRow row = make_row("1");
-    row.periods[kPeriod60].rin = cases[i].rin60;
-    EXPECT_EQ(filters_with(cases[i].settings).admit(row), cases[i].shown) << "case " << i;
-  }
+    row.periods[kPeriod60].rin = std::stoi(text);
+    const std::string settings = text.substr(text.find(' ') + 1);
+    return filters_with(parse_settings(settings)).admit(row) ? "shown" : "";
+  });
 }
 
 TEST(Filters, UnknownKeysAreIgnored) {
@@ -77,55 +60,28 @@ TEST(Filters, UnknownKeysAreIgnored) {
   }
 }
 
+/// Which of five domains are shown.
 TEST(Filters, DomainListsAllowAndSkip) {
-  // Of the domains abc.com, abd.com, ab, abc, "": which are shown.
-  const struct {
-    Settings settings;
-    const char* shown;
-  } cases[] = {
-      {{{"t", "domains", "abc.com,abd.com,"}}, "11000"},
-      {{{"t", "domains", " a b c . c o m ,,abc"}}, "10010"},
-      {{{"t", "domains", "abc.com.xy"}}, "00000"},
-      {{{"t", "domains", "abc"}}, "11111"},   // a value of 3 characters is ignored
-      {{{"t", "domains", "abc,"}}, "00010"},  // one of 4 is not
-      {{{"t", "domains", " a b ,xyz"}}, "00000"},
-      {{{"t", "domains", ",,,,"}}, "11111"},
-      {{{"t", "domains", "abc.com"}, {"t", "domains", "abd.com"}}, "11000"},
-      {{{"t", "skipdomains", "abc.com\r\nabd.com\n"}}, "00111"},
-      {{{"t", "skipdomains", "abc.com"}, {"t", "skipdomains", "abd.com,abc"}}, "00101"},
-      {{{"t", "skipdomains", "abc"}}, "11111"},
-      {{{"t", "domains", "abc.com,abd.com"}, {"t", "skipdomains", "abd.com"}}, "10000"},
-  };
-  for (std::size_t i = 0; i < std::size(cases); ++i) {
+  test::expect_cases("domain lists", [](const std::string& settings) {
     std::string shown;
-    const ToplistFilters filters = filters_with(cases[i].settings);
+    const ToplistFilters filters = filters_with(parse_settings(settings));
     for (const char* domain : {"abc.com", "abd.com", "ab", "abc", ""}) {
       shown += filters.admit(make_row("1", domain)) ? '1' : '0';
     }
-    EXPECT_EQ(shown, cases[i].shown) << "case " << i;
-  }
+    return shown;
+  });
 }
 
+/// Which of "7", "07", "8" and "9" are members.
 TEST(Filters, GroupFilesListIdsFromTheSecondRecordOn) {
-  const std::string header = "0|7|2|3|4|5|6|7|8|9|10|11|12|";
-  const std::string rest = "|x|x|x|x|x|x|x|x|x|x|x|\n";
-  const struct {
-    std::string text, members;  // which of "7", "07", "8" and "9" are
-  } cases[] = {
-      {"", "0000"},
-      {header, "0000"},
-      {header + "\n|07" + rest + "|8" + rest, "0110"},
-      {header + "0|8|2|\n3|4|5|6\n|7|8|9|10|11|12|0|9|", "0011"},  // counted across lines
-      {header + "0|8", "0010"},
-  };
-  for (const auto& c : cases) {
+  test::expect_cases("parse_group", [](const std::string& text) {
     TextColumn column;
-    parse_group(c.text, column);
+    parse_group(text, column);
     std::string members;
     for (const char* id : {"7", "07", "8", "9"}) members += column.contains(id) ? '1' : '0';
-    EXPECT_EQ(members, c.members) << c.text;
-    EXPECT_EQ(column.empty(), c.members == "0000") << c.text;
-  }
+    EXPECT_EQ(column.empty(), members == "0000") << text;
+    return members;
+  });
 }
 
 TEST(Filters, AGroupWithoutANameRestrictsNothing) {

@@ -17,65 +17,21 @@
 #include "harvest/link.h"
 #include "harvest/picture_search.h"
 #include "harvest/trade_harvest.h"
+#include "support/text_cases.h"
 
 namespace toplist {
 namespace {
 
-TEST(Link, HostOfAnAddress) {
-  const struct {
-    const char *url, *host;
-  } cases[] = {
-      {"http://www.Host.Example/a/b?c", "Host.Example"},
-      {"https://http://www.h.example/", "h.example"},
-      {"http://https://h.example/", "https:"},  // in this order only
-      {"www.http://h.example/", "http:"},
-      {"http://www.www.h.example", "www.h.example"},
-      {"HTTP://h.example", "HTTP:"},
-      {"h.example:8080/x", "h.example:8080"},
-      {"h.example/a?b", "h.example"},
-      {"", ""},
-  };
-  for (const auto& c : cases) EXPECT_EQ(host_of_url(c.url), c.host) << c.url;
-}
+TEST(Link, HostOfAnAddress) { test::expect_cases("host_of_url", host_of_url); }
 
 constexpr const char* kHost = "h.example";
 
-const struct {
-  const char *chunk, *picture;
-} kPicks[] = {
-    // The shape of a link.
-    {"<p>text<a class=b href=/x c=d>more<img alt=e src=p.jpg width=1></a>",
-     "http://h.example/p.jpg"},
-    {"<a href=/x><img src=http://far.example/p.jpg></a>", "http://far.example/p.jpg"},
-    {"<a href=/x><img src=/p></a><a href=/y><img src=/q></a>", "http://h.example/p"},
-    {"<a href=/x>no picture</a><a href=/y><img src=/q></a>", ""},  // only the first link counts
-    // Missing pieces.
-    {"<a href=/x><img src=/p.jpg>", ""},
-    {"<a href=/x><img alt=x></a>", ""},
-    {"<a src=/p.jpg href=/x><img alt=x></a>", ""},  // the picture's "src=" is behind the "<img "
-    // Only the space and ">" end a value.
-    {"<a href=/x><img src=/p.jpg\nalt=x></a>", "http://h.example/p.jpg\nalt=x"},
-    // Quotes go, with the character behind each one passed over.
-    {"<a href=/x><img src=\"\"\"/p.jpg></a>", "http://h.example/\"/p.jpg"},
-    {"<a href=/x><img src=/a\"$(x)\";b></a>", "http://h.example/a$(x);b"},
-    // One blank behind the equals sign goes.
-    {"<a href=/x><img src=  /p.jpg></a>", "http://h.example/"},
-    {"<a href= http://far.example/><img src=p></a>", ""},
-    {"<a href=/x><img src=\" /p.jpg\"></a>", "http://h.example/p.jpg"},  // quotes go first
-    // Whose link it is.
-    {"<a href=http://www.h.example/x><img src=p></a>", "http://h.example/p"},
-    {"<a href=http://h.example.far.example/><img src=p></a>", "http://h.example/p"},
-    {"<a href=HTTP://H.EXAMPLE><img src=p></a>", "http://h.example/p"},
-    {"<a href=http://sub.h.example/><img src=p></a>", ""},
-    {"<a href=/x onclick=javascript:open()><img src=p></a>", "http://h.example/p"},
-};
-
 TEST(Link, PicksThePictureOfTheFirstLink) {
-  for (const auto& c : kPicks) {
-    const ThumbnailLink link = pick_thumbnail_link(c.chunk, kHost);
-    EXPECT_EQ(link.picture, c.picture) << c.chunk;
-    EXPECT_EQ(link.refusal.empty(), !link.picture.empty()) << c.chunk;
-  }
+  test::expect_cases("pick_thumbnail_link", [](const std::string& chunk) {
+    const ThumbnailLink link = pick_thumbnail_link(chunk, kHost);
+    EXPECT_EQ(link.refusal.empty(), !link.picture.empty()) << chunk;
+    return link.picture;
+  });
 }
 
 TEST(Link, TheHostKeepsItsCaseAgainstTheLowerCasedPage) {
@@ -85,27 +41,10 @@ TEST(Link, TheHostKeepsItsCaseAgainstTheLowerCasedPage) {
             "http://H.Example/p");
 }
 
-struct CandidateCase {
-  const char* address;
-  bool taken;
-};
-
 TEST(Candidate, IsLongEnoughNumberedAndNoOrnament) {
-  constexpr CandidateCase kCases[] = {
-      {"http://h.e/12345", true},
-      {"http://h.e/1234", false},
-      {"http://1/2345a", true},
-      {"http://a1b2c3d4e5/", true},
-      {"12345678901", true},
-      {"1234567890", false},
-      {"http://h.e/12345/home.jpg", false},
-      {"http://h.e/12345book", false},
-      {"http://logohost/12345", false},
-      {"http://h.e/l-ogo12345", true},
-  };
-  for (const auto& c : kCases) {
-    EXPECT_EQ(candidate_fault(c.address).empty(), c.taken) << c.address;
-  }
+  test::expect_cases("candidate_fault", [](const std::string& address) {
+    return candidate_fault(address).empty() ? "" : "refused";
+  });
 }
 
 TEST(Picture, IsLargeEnoughAndNoPage) {
@@ -199,18 +138,10 @@ TEST(PictureSearch, GoesOnAfterAPictureThatIsSmallWithoutItsHead) {
 }
 
 TEST(PictureSearch, TheHeadEndsWithTheFirstEmptyLine) {
-  const struct {
-    const char *response, *body;
-  } cases[] = {
-      {"HTTP/1.0 200 OK\r\nA: b\r\n\r\nbody\r\n\r\nmore", "body\r\n\r\nmore"},
-      {"HTTP/1.0 200 OK\n\nbody", "HTTP/1.0 200 OK\n\nbody"},
-      {"\r\n\r\n", ""},
-  };
-  for (const auto& c : cases) {
-    std::string response = c.response;
+  test::expect_cases("remove_response_head", [](std::string response) {
     remove_response_head(response);
-    EXPECT_EQ(response, c.body);
-  }
+    return response;
+  });
 }
 
 TEST(ImageTool, TheCommandIsByteForByteTheDocumentedOne) {

@@ -25,6 +25,7 @@
 #include "net/response_reader.h"
 #include "support/loopback_server.h"
 #include "support/temp_dir.h"
+#include "support/text_cases.h"
 #include "util/shell.h"
 
 namespace toplist {
@@ -269,32 +270,10 @@ TEST(RawHttp, EndsItsSideOnceTheResponseIsCompleteAndReadsOn) {
 }
 
 TEST(ResponseReader, TakesALengthOnlyIfEveryProgramReadsTheSame) {
-  const struct {
-    const char* head;
-    std::optional<std::uint64_t> length;
-  } cases[] = {
-      {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\n", 10},
-      {"HTTP/1.0  404\ncOnTent-lEngth:18446744073709551615 \t\nA-b:\n\n", UINT64_MAX},
-      {"HTTP/1.1 200\nContent-Length: 18446744073709551616\n\n", {}},
-      {"HTTP/1.1 200 OK\r\n\r\nContent-Length: 10\r\n", {}},
-      {"HTTP/1.1 200 OK\nContent-Length : 10\n\n", {}},
-      {"HTTP/1.1 200 OK\nContent-Length: 10\nTransfer-Encoding\t: chunked\n\n", {}},
-      {"HTTP/1.1 200 OK\nContent-Length: 10\nTransfer-Encoding: chunked\n\n", {}},
-      {"HTTP/1.1 200 OK\nContent-Length: 10\n: b\n\n", {}},
-      {"HTTP/1.1 200 OK\nContent-Length: 10\nno colon\n\n", {}},
-      {"HTTP/1.1 200 OK\nContent-Length: 10\nA:\n b:c\n\n", {}},
-      {"HTTP/1.1 200 OK\nContent-Length: 10\nContent-Length: 10\n\n", {}},
-      {"HTTP/1.1 200 OK\nContent-Length: 10, 10\n\n", {}},
-      {"HTTP/1.1 200 OK\nContent-Length: -1\n\n", {}},
-      {"HTTP/1.1 200 OK\nContent-Length:\n\n", {}},
-      {"HTTP/1.1 204 No Content\nContent-Length: 10\n\n", {}},
-      {"HTTP/1.1 304\nContent-Length: 10\n\n", {}},
-      {"HTTP/1.1 100 Continue\nContent-Length: 10\n\n", {}},
-      {"HTTP/1.1 600\nContent-Length: 10\n\n", {}},
-      {"HTTP/1.1 20\nContent-Length: 10\n\n", {}},
-      {"ICY 200 OK\nContent-Length: 10\n\n", {}},
-  };
-  for (const auto& c : cases) EXPECT_EQ(announced_length(c.head), c.length) << c.head;
+  test::expect_cases("announced_length", [](const std::string& head) {
+    const auto length = announced_length(head);
+    return length ? std::to_string(*length) : "";
+  });
 }
 
 TEST(RawHttp, APeerThatIsGoneIsNoticed) {

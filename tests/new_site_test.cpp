@@ -85,7 +85,10 @@ TEST(NewSite, AnEmptySiteBuildsItsPageOnceItHasTrades) {
               0);
   }
   EXPECT_EQ(site.run(), RunResult{});
-  EXPECT_EQ(count(site.read("index.html"), "<li><a href=\"http://www[^>]+.example/\">"), 10);
+  const std::string page = site.read("index.html");
+  EXPECT_EQ(count(page, "<li data-id=\"[0-9]+\" style=\"--v:[0-9]+\">"), 25);
+  EXPECT_EQ(count(page, "<a href=\"http://www[^>]+.example/\">"), 25);
+  EXPECT_EQ(files_named_in(page).count("style.css"), 1U);
   EXPECT_EQ(run_ctl(site, {"check"}).out,
             "Nothing found: 60 trades, 57 of them active, and 1 toplist.\n");
 }

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "support/render_fixture.h"
+#include "support/text_cases.h"
 
 namespace toplist {
 namespace {
@@ -39,51 +40,14 @@ TEST_F(Render, EveryStatisticsTagShowsItsCounter) {
   }
 }
 
+/// The line and the passes, which are 50001 once they are used up.
 TEST_F(Render, ExpandsTagsAndCountsPasses) {
-  const struct {
-    std::string line, page;
-    std::int64_t passes;
-  } cases[] = {
-      {"", "", 1},
-      {"A%%tid_000%%B", "A42B", 1},
-      {"%%tid_000%% %%tid_001%%", "42 7", 2},
-      {"%%lnk_001%%,%%dom_000%%,%%url_000%%", "?id=7&u=u,d.com,u", 3},
-      {"%%tit_001%%,%%des_001%%,%%img_001%%,%%tit_000%%", "T,D,I,", 4},
-      // the rank: three characters, read as a number
-      {"%%tid_004%%", " ", 1},
-      {"%%tid_-01%%", " ", 1},
-      {"%%xyz_009%%.%%zzzzz_009%%.%%att00_009%%.", " . . .", 3},
-      {"%%tid_ 1 %%%", "7%", 1},
-      // separators and names
-      {"%%tid%001%%", "7", 1},
-      {"[%%TID_000%%%]", "[%]", 1},
-      {"[%%xyz_000%%][%%rin_000%%][%%tid00_000%%][%%Rin60_000%%]", "[][][][]", 4},
-      // column tags: entry NN + 3
-      {"%%att00_001%%,%%att01_001%%,%%att02_001%%", "c0,c1,", 3},
-      {"%%attic_001%%,%%att1x_001%%,%%att 1_001%%,%%att+1_001%%", "c0,c1,c1,c1", 4},
-      {"%%att-1_001%%,%%att-3_001%%,%%att-4_001%%,%%att-9_001%%", "I,T,,", 4},
-      // a short one shows entry 2 and swallows two characters
-      {"<%%att_001%%ab>", "<I>", 1},
-      {"<%%att_009%%ab>", "< ab>", 1},
-      // adjacent tags: the long reading wins and the first tag is lost
-      {"%%tid_000%%%%dom_000%%", "d.com", 2},
-      {"%%att_001%%%%dom_001%% and more text", "c0dom_001%% and more text", kUsedUp},
-      {"%%rin60_000%%%%rin60_000%%", "-5-5", 2},
-      // values are scanned again, with what follows them
-      {"<%%tit_002%%>", "<42>", 2},
-      {"%%des_002%%%tid_000%%", "5042", 2},
-      {"<%%att00_002%%>", "<ac0b>", 2},
-      {"%%tit_003%%.", std::string(kUsedUp, 'x') + "%%tit_003%%.", kUsedUp},
-      // malformed tags
-      {"%%malformed line", "%%malformed line", kUsedUp},
-      {"%%tid_000%%|%%rin60_000%", "42|%%rin60_000%", kUsedUp},
-  };
-  for (const auto& c : cases) {
-    const Expansion result = expand(c.line, ranked_);
-    EXPECT_TRUE(result.complete) << c.line;
-    EXPECT_EQ(result.page, c.page) << c.line;
-    EXPECT_EQ(result.passes, c.passes) << c.line;
-  }
+  test::expect_cases("expand_tags", [this](const std::string& line) {
+    const Expansion result = expand(line, ranked_);
+    EXPECT_TRUE(result.complete) << line;
+    return result.page + " | " + std::to_string(result.passes);
+  });
+  EXPECT_EQ(expand("%%tit_003%%.", ranked_).page, std::string(kUsedUp, 'x') + "%%tit_003%%.");
   EXPECT_EQ(expand("A%%tid_000%%B", {}).page, "A B");
 }
 
@@ -127,21 +91,14 @@ std::string repeat(std::string_view text, int count) {
 }
 
 TEST_F(Render, TemplatesDropBlocksAndCountPasses) {
+  test::expect_cases("render_template", [this](const std::string& text) {
+    return render_template("", text, ranked_);
+  });
   const std::string two = "%%tid_000%% %%tid_000%%\n";
   const std::string first_only = "42 %%tid_000%%\n";
-  const std::string bytes("\xE4 \x80\xFF \0 |;<>&\r\n", 13);
   const struct {
     std::string text, page;
   } cases[] = {
-      {"", ""},
-      {"a\r\n\nb\n", "a\r\n\nb\n"},
-      {"a\nb<tlxt>c\nd\ne</tlxt>f\ng\n", "a\ng\n"},
-      {"x</tlxt><tlxt>\nb\n", "b\n"},
-      {"<tlxt>\na\n<tlxt>\n</tlxt>\nb\n</tlxt>\nc", "b\nc\n"},
-      {"a\n<tlxt>\nb\nc\n", "a\n"},
-      {bytes + "%%tid_000%%", bytes + "42\n"},
-      {"<TLXT>\n< tlxt>\n<tlx\nt>\n", "<TLXT>\n< tlxt>\n<tlx\nt>\n"},
-      {"<tlxt>%%\n%%\n</tlxt>%%\nok\n", "ok\n"},  // no stop in what is dropped
       {repeat("a\n", 49999) + two + two, repeat("a\n", 49999) + "42 42\n" + first_only},
       {"<tlxt>\n" + repeat("a\n", 60000) + "</tlxt>\n" + two, "42 42\n"},  // cost no passes
       {"%%malformed line\n" + two + "b\n" + two,

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,31 +11,20 @@
 #include "run/trade_record.h"
 #include "run/trade_row.h"
 #include "support/temp_dir.h"
+#include "support/text_cases.h"
 
 namespace toplist {
 namespace {
 
 using test::TempDir;
 
-struct PercentageCase {
-  std::int32_t x, y, percent;
-};
-
 TEST(Percentage, IsTheTruncatedHundredfoldOfTheQuotient) {
-  constexpr PercentageCase kCases[] = {
-      {2, 3, 66},
-      {-2, 3, -66},
-      {-1, 1000, 0},
-      {7, 0, 0},
-      {-7, 0, 0},
-      {21474836, 1, 2147483600},
-      {21474837, 1, INT32_MIN},
-      {-21474837, 1, INT32_MIN},
-      {INT32_MIN, -1, INT32_MIN},
-      {INT32_MAX, 100, 2147483646},
-      {INT32_MIN, INT32_MAX, -100},
-  };
-  for (const auto& c : kCases) EXPECT_EQ(percentage(c.x, c.y), c.percent) << c.x << '/' << c.y;
+  test::expect_cases("percentage", [](const std::string& both) {
+    std::istringstream numbers(both);
+    std::int32_t x = 0, y = 0;
+    numbers >> x >> y;
+    return std::to_string(percentage(x, y));
+  });
 }
 
 // With 64 bits of significand the quotient first comes out one lower for just these.
@@ -96,18 +86,7 @@ TEST(TradeRecord, TextsEndAtTheFirstNulOrWithTheRecord) {
 }
 
 TEST(SysLog, EscapesWhatTheAdministrationPagesWouldRender) {
-  const struct {
-    const char *raw, *logged;
-  } cases[] = {
-      {"d/h/a'b.his", "d&#47;h&#47;a&#39;b.his"},
-      {"x;y", "x&#59;y"},
-      {"two\r\nlines\n", "twolines"},
-      {"<b>\"`!\\", "&#60;b&#62;&#34;&#96;&#33;&#92;"},
-      {"a|b&c#&#59;", "a|b&c#&#59&#59;"},
-      {"&\n#47;", "&#47&#59;"},
-      {"\xe9%$\t", "\xe9%$\t"},
-  };
-  for (const auto& c : cases) EXPECT_EQ(sanitize_log_field(c.raw), c.logged) << c.raw;
+  test::expect_cases("sanitize_log_field", sanitize_log_field);
 }
 
 TEST(SysLog, WritesTheDirectoryErrorPage) {

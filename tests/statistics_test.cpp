@@ -9,41 +9,27 @@
 #include <vector>
 
 #include "support/rows.h"
+#include "support/text_cases.h"
 
 namespace toplist {
 namespace {
 
 using test::make_row;
 
+/// What the rows x.com, y.com and x.com get: each value followed by a comma.
 TEST(Statistics, AttachesExtraColumns) {
-  const struct {
-    const char* text;
-    const char* columns;  // of the rows x.com, y.com, x.com: each value followed by a comma
-  } cases[] = {
-      {"a|b|c|x.com|T|", " ; ; ;"},               // no line feed
-      {"a|b|\n|x.com|y.com|", " ; ; ;"},          // n is 1
-      {"a|b|c\n|x.com|T|\n|y.com|U|", " ; ; ;"},  // header without the last separator
-      {"\n|a|b|c|x.com|T|", " ; ; ;"},            // n is -1
-      {"a|b|c|\n|x.com|T|\n|y.com|U|\n", " T,; U,; T,;"},
-      {"a|b|c|\nignored|x.com|T|\nx.com|y.com|U", " T,; U,; T,;"},
-      {"a|b|c|d|\n|y.com||D|\n", " ; ,D,; ;"},
-      {"a|b|c|\n|y.com|T|\n|z.com|Z|\n|y.com|U|\n", " ; T,U,; ;"},  // listed twice
-      {"a|b|c|\n|X.com|T|\n|y.com |U|\n", " ; ; ;"},
-      {"a|b|c|d|\n|x.com|T|D|\n|y.com|U|", " T,D,; ; T,D,;"},    // incomplete last group
-      {"a|b|c|\n|x.com|T\nT|y.com|U|\n", " y.com,; ; y.com,;"},  // fields move up
-  };
-  for (const auto& c : cases) {
+  test::expect_cases("attach_extra_columns", [](const std::string& text) {
     std::vector<TradeRow> rows = {make_row("1", "x.com"), make_row("2", "y.com"),
                                   make_row("3", "x.com")};
-    attach_extra_columns(c.text, rows);
+    attach_extra_columns(text, rows);
     std::string columns;
     for (const TradeRow& row : rows) {
       columns += ' ';
       for (const std::string_view column : row.extra_columns) columns.append(column) += ',';
       columns += ';';
     }
-    EXPECT_EQ(columns, c.columns) << c.text;
-  }
+    return columns;
+  });
 }
 
 /// rin uin out clk cef ctt ctg rec | percentages | further values
@@ -58,25 +44,11 @@ std::string describe(const PeriodBlock& b) {
 }
 
 TEST(Statistics, AddsHistory) {
-  std::string rest;
-  for (int i = 10; i < 30; ++i) rest += "900|";
-  const std::string record = "77|78|1|2|3|4|5|6|7|8|" + rest;
-  const std::string line_of_ten = "1|2|3|4|5|6|7|8|9|10|\n";
-  const struct {
-    std::string text, block;
-  } cases[] = {
-      {"", "0 0 0 0 0 0 0 0"},
-      {record + "\n" + record, "2 4 6 8 14 10 12 16"},
-      {record + record + "77|78|100", "102 4 6 8 14 10 12 16"},
-      {"0|0|2147483647|-2147483648|3000000000| 1x|\n\r-2|x||+9|" + rest + record,
-       "-2147483648 -2147483646 -1294967293 5 7 3 6 17"},
-      {line_of_ten + line_of_ten + line_of_ten + line_of_ten, "6 8 10 12 18 14 16 20"},
-  };
-  for (const auto& c : cases) {
+  test::expect_cases("add_history", [](const std::string& text) {
     PeriodBlock block;
-    add_history(c.text, block);
-    EXPECT_EQ(describe(block), c.block + " | 0 0 0 0 0 | 0 0 0") << c.text;
-  }
+    add_history(text, block);
+    return describe(block);
+  });
 }
 
 // Counters as the files order them (cef is the seventh), three ignored fields, three further ones.

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "support/temp_dir.h"
+#include "support/text_cases.h"
 #include "toplist/alternatives.h"
 #include "toplist/definitions.h"
 
@@ -18,49 +19,24 @@ using test::TempDir;
 constexpr const char* kEmptyDigest = "da39a3ee5e6b4b0d3255bfef95601890afd80709";
 
 TEST(Definitions, TakeNineFieldsEach) {
-  const std::string one = "0|a.html|2|out/a.html|5|1|c0ffee|7|8|";
-  const std::string two = "\n|b|2|b.htm|99|2||7|8|";
-  const std::string a = "d/tl/a.html>out/a.html,5,1,c0ffee;";
-  const std::string b = "d/tl/b>b.htm,99,2,;";
-  const struct {
-    std::string text, definitions;
-  } cases[] = {
-      {"", ""},
-      {"0|a", ""},
-      {one + two + "\n", a + b},  // the 19th field alone adds nothing
-      {one + two + "0|c", ""},    // a template without an output path: nothing is built
-      {one + two + "0|c|2|", ""},
-      {one + two + "0|c|2|c.html", a + b + "d/tl/c>c.html,,,;"},
-      {one + "0|c|2|c.html|61|", a + "d/tl/c>c.html,61,,;"},
-      {"0|a.html\n|2| out |\n5|1 |c0\r\nffee|", "d/tl/a.html\n> out ,\n5,1 ,c0\r\nffee;"},
-  };
-  for (const auto& c : cases) {
+  test::expect_cases("parse_definitions", [](const std::string& text) {
     std::string definitions;
-    for (const ToplistDefinition& d : parse_definitions(c.text)) {
+    for (const ToplistDefinition& d : parse_definitions(text)) {
       definitions += d.template_path + '>' + d.output_path + ',' + d.order_by + ',' + d.build_mode +
                      ',' + d.check_value + ';';
     }
-    EXPECT_EQ(definitions, c.definitions) << c.text;
-  }
+    return definitions;
+  });
 }
 
 TEST(Definitions, SettingsTakeThreeFieldsEach) {
-  const struct {
-    const char *text, *settings;
-  } cases[] = {
-      {"", ""},
-      {"0|a|rin60=5|\n|b|domains=x.com\ny.com|\n", "a:rin60>5;b:domains>x.com\ny.com;"},
-      {"0|a|k=v=w|0|a|=|0|a|k=", "a:k>v=w;a:>;a:k>;"},
-      {"0|a|no value|0|b|k=v|", "b:k>v;"},  // dropped, and the count goes on
-      {"0|a|k=v|0|b|", "a:k>v;"},           // cut short
-  };
-  for (const auto& c : cases) {
+  test::expect_cases("parse_settings", [](const std::string& text) {
     std::string settings;
-    for (const ToplistSetting& s : parse_settings(c.text)) {
+    for (const ToplistSetting& s : parse_settings(text)) {
       settings.append(s.template_name).append(":").append(s.key).append(">").append(s.value) += ';';
     }
-    EXPECT_EQ(settings, c.settings) << c.text;
-  }
+    return settings;
+  });
 }
 
 TEST(Definitions, BuildModeAndCheckValueDecideWhatIsBuilt) {

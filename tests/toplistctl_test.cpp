@@ -2,12 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 
 #include "support/rows.h"
 #include "support/site.h"
-#include "support/text_cases.h"
 #include "toplist/ranking.h"
 #include "toplistctl/lib/formats/order_names.h"
 #include "toplistctl/lib/output/console.h"
@@ -15,23 +13,7 @@
 namespace toplist::test {
 namespace {
 
-std::string folder_of(const char* program) {
-  return std::filesystem::path(program).parent_path().string();
-}
-
-/// Each session begins in a site of default_trades() without toplists. What it prints, on standard
-/// error too, is in the file of the sessions.
-TEST(Toplistctl, SessionsPrintWhatIsExpected) {
-  const std::string path =
-      "PATH=" + folder_of(TOPLISTCTL_PROGRAM) + ":" + folder_of(TOPLIST_PROGRAM) + ":/usr/bin:/bin";
-  for (TextCase& c : read_text_cases("sessions.txt")) {
-    const Site site;
-    const RunResult result = site.start({.program = "/bin/sh",
-                                         .arguments = {"-c", "exec 2>&1\n" + c.texts["session"]},
-                                         .environment = {path, "LC_ALL=C.UTF-8"}});
-    EXPECT_EQ(result.out, c.texts["output"]) << c.name;
-  }
-}
+TEST(Toplistctl, SessionsPrintWhatIsExpected) { expect_sessions("sessions.txt"); }
 
 TEST(Toplistctl, WhatATerminalWouldActUponIsMasked) {
   const char* text = "a\x1b[1m \xC2\x9B \xC3\xA9\t\r\x7F\n";

@@ -33,25 +33,35 @@ class SecondsDraw {
   std::size_t drawn_ = 0;
 };
 
-/// Number of pieces of a text that is not empty. A separator at its end starts no further piece.
-std::size_t piece_count(std::string_view text) {
-  const auto separators = std::count(text.begin(), text.end() - 1, kAlternativeSeparator);
-  return static_cast<std::size_t>(separators) + 1;
+template <typename Draw>
+void pick_by(Draw draw, std::span<TradeRow> rows) {
+  for (TradeRow& row : rows) {
+    for (std::string_view& column : row.extra_columns) {
+      if (!contains(column, ";")) continue;  // most have one piece, or none
+      const std::size_t count = alternative_count(column);
+      FieldReader pieces(column, kAlternativeSeparator);
+      pieces.skip(draw() % count);
+      pieces.next(column);
+    }
+  }
 }
 
 }  // namespace
 
+std::size_t alternative_count(std::string_view column) {
+  if (column.empty()) return 1;
+  // A separator at the end starts no further piece.
+  const auto separators = std::count(column.begin(), column.end() - 1, kAlternativeSeparator);
+  return static_cast<std::size_t>(separators) + 1;
+}
+
 void pick_alternatives(std::span<TradeRow> rows) {
   SecondsDraw generator;
-  for (TradeRow& row : rows) {
-    for (std::string_view& column : row.extra_columns) {
-      if (!contains(column, ";")) continue;  // most have one piece, or none
-      const std::size_t count = piece_count(column);
-      FieldReader pieces(column, kAlternativeSeparator);
-      pieces.skip(generator.draw() % count);
-      pieces.next(column);
-    }
-  }
+  pick_by([&generator] { return generator.draw(); }, rows);
+}
+
+void pick_alternatives(std::span<TradeRow> rows, std::size_t drawn) {
+  pick_by([drawn] { return drawn; }, rows);
 }
 
 }  // namespace toplist

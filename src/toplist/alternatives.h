@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <span>
+#include <string_view>
 
 #include "run/trade_row.h"
 
@@ -13,5 +15,11 @@ namespace toplist {
 /// current second. So all picks of one second take the same position in lists of equal length, and
 /// the columns of a trade match (contract: same-second).
 void pick_alternatives(std::span<TradeRow> rows);
+
+/// The same in a second whose first number is `drawn`.
+void pick_alternatives(std::span<TradeRow> rows, std::size_t drawn);
+
+/// How many alternatives an extra column has, 1 or more.
+std::size_t alternative_count(std::string_view column);
 
 }  // namespace toplist

@@ -9,6 +9,7 @@
 #include <ostream>
 #include <regex>
 
+#include "support/text_cases.h"
 #include "util/sha1.h"
 #include "util/shell.h"
 
@@ -158,6 +159,24 @@ std::map<std::string, std::string> Site::contents() const {
   }
   files.erase(kLogPath);
   return files;
+}
+
+void expect_sessions(const std::string& file, const std::string& name) {
+  const std::string path =
+      "PATH=" + fs::path(TOPLIST_PROGRAM).parent_path().string() + ":/usr/bin:/bin";
+  std::string prelude = "exec 2>&1\n";
+  int count = 0;
+  for (TextCase& c : read_text_cases(file)) {
+    if (c.name == "prelude") prelude += c.texts["session"];
+    if (c.name == "prelude" || (!name.empty() && c.name != name)) continue;
+    const Site site;
+    const RunResult result = site.start({.program = "/bin/sh",
+                                         .arguments = {"-c", prelude + c.texts["session"]},
+                                         .environment = {path, "LC_ALL=C.UTF-8"}});
+    EXPECT_EQ(result.out, c.texts["output"]) << c.name;
+    ++count;
+  }
+  EXPECT_GT(count, 0) << name;
 }
 
 }  // namespace toplist::test

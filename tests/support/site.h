@@ -106,4 +106,9 @@ class InSite {
   std::filesystem::path before_;
 };
 
+/// Runs the session `name` of a file in tests/data, or with "" all, each in a shell in a new site
+/// of default_trades() without toplists, after the file's "prelude". Compares what it prints, on
+/// standard error too, with the file. The built programs are in the path.
+void expect_sessions(const std::string& file, const std::string& name = "");
+
 }  // namespace toplist::test

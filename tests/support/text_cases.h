@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -43,6 +44,27 @@ inline std::vector<TextCase> read_text_cases(const std::string& name) {
   }
   EXPECT_FALSE(cases.empty()) << name;
   return cases;
+}
+
+/// Compares what `answer` gives with the lines "INPUT" => "OUTPUT" of a case of
+/// data/function_cases.txt. In both, "\n" is a line feed. What follows the last quote is a comment.
+template <typename Answer>
+void expect_cases(const std::string& name, Answer answer) {
+  int count = 0;
+  for (TextCase& c : read_text_cases("function_cases.txt")) {
+    if (c.name != name) continue;
+    std::istringstream lines(c.texts["cases"]);
+    for (std::string line; std::getline(lines, line);) {
+      const std::size_t input_end = line.find("\" => \""), last = line.rfind('"');
+      if (line[0] != '"' || input_end == std::string::npos) continue;
+      std::string input = line.substr(1, input_end - 1), output = line.substr(input_end + 6);
+      output.resize(last - input_end - 6);
+      for (std::string* text : {&input, &output}) replace_all(*text, "\\n", "\n");
+      EXPECT_EQ(answer(input), output) << line;
+      ++count;
+    }
+  }
+  EXPECT_GT(count, 0) << name;
 }
 
 }  // namespace toplist::test

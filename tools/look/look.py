@@ -20,6 +20,8 @@ import tempfile
 # Phones, then what is just wider than the style sheet's breakpoints, where it is tightest, and screens.
 WIDTHS = (320, 360, 390, 701, 768, 921, 1280, 1920)
 SCHEMES = ("light", "dark")
+# Of each page one view is as on paper of A4.
+VIEWS = (*itertools.product(WIDTHS, SCHEMES), (794, "print"))
 PICTURE_WIDTH = 1200
 WINDOW_HEIGHT = 900
 CHECK = (pathlib.Path(__file__).parent / "page_check.js").read_text()
@@ -81,8 +83,10 @@ class Browser:
     def set_view(self, width, scheme):
         self.call("Emulation.setDeviceMetricsOverride", width=width, height=WINDOW_HEIGHT,
                   deviceScaleFactor=1, mobile=False)
-        self.call("Emulation.setEmulatedMedia",
-                  features=[{"name": "prefers-color-scheme", "value": scheme}])
+        is_print = scheme == "print"
+        self.call("Emulation.setEmulatedMedia", media="print" if is_print else "",
+                  features=[{"name": "prefers-color-scheme",
+                             "value": "light" if is_print else scheme}])
 
     def evaluate(self, script):
         reply = self.call("Runtime.evaluate", expression=script, returnByValue=True)
@@ -103,7 +107,7 @@ def look_at(browser, page, folder):
     """Screenshots of the page in all views; returns what is wrong in each."""
     browser.open(page.resolve().as_uri())
     faults = []
-    for width, scheme in itertools.product(WIDTHS, SCHEMES):
+    for width, scheme in VIEWS:
         browser.set_view(width, scheme)
         view = f"{page.stem}-{width}-{scheme}"
         faults += [f"{view}: {fault}" for fault in browser.evaluate(CHECK)]
@@ -134,4 +138,5 @@ def main():
     sys.exit(1 if faults else 0)
 
 
-main()
+if __name__ == "__main__":
+    main()

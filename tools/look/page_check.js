@@ -45,6 +45,7 @@
   };
   const isShown = element => element.checkVisibility() && element.getClientRects().length > 0;
 
+  for (const folded of document.querySelectorAll("details")) folded.open = true;
   const width = document.documentElement.clientWidth;
   if (document.documentElement.scrollWidth > width) {
     faults.push(`overflow: the page is ${document.documentElement.scrollWidth} wide`);
@@ -80,6 +81,21 @@
   }
   for (const link of document.links) {
     if (isShown(link) && !link.textContent.trim()) faults.push(`link: ${link.href} has no text`);
+  }
+
+  // A page with a policy loads nothing, and no text of others is more than a text. Hostile texts
+  // would set window.broken.
+  if (window.broken) faults.push(`script: ${window.broken} ran`);
+  if (document.querySelector("meta[http-equiv=Content-Security-Policy]")) {
+    if (count("script") !== 1) faults.push(`script: there are ${count("script")}`);
+    if (count("iframe, object, embed, link, form, base")) faults.push("script: a foreign element");
+    for (const element of document.querySelectorAll("*")) {
+      for (const {name: key, value} of element.attributes) {
+        if (/^on|^style$/.test(key)) faults.push(`script: ${name(element)} has ${key}`);
+        if (key === "src" && !value.startsWith("data:")) faults.push(`loads: ${value}`);
+        if (key === "href" && !/^(#|https?:)/.test(value)) faults.push(`link: ${value}`);
+      }
+    }
   }
   return [...new Set(faults)];
 })()

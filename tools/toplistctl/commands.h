@@ -17,6 +17,9 @@ void add_show_command(const Command& program);
 /// render TEMPLATE: the page that a run would write now; or all of them.
 void add_render_command(const Command& program);
 
+/// preview: shows the pages that a run would write now in a browser, and again after every change.
+void add_preview_command(const Command& program);
+
 /// why TRADE: the trade's rank in each toplist, or everything that keeps it out.
 void add_why_command(const Command& program);
 
@@ -49,6 +52,9 @@ void add_try_harvest_command(const Command& program);
 
 /// record: adds the figures of all active trades to a database.
 void add_record_command(const Command& program);
+
+/// report: writes a page about the site's traffic.
+void add_report_command(const Command& program);
 
 /// complete -- WORDS: what the last of them may become, for the shell; not shown in the help. The
 /// first line names what the shell completes itself ("directory", "file", "user") or is empty. Each

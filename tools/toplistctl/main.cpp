@@ -11,11 +11,12 @@ namespace {
 
 using namespace toplist::ctl;
 
-constexpr std::array<void (*)(const Command&), 16> kCommands{
-    add_check_command,  add_status_command,      add_show_command,   add_render_command,
-    add_why_command,    add_try_harvest_command, add_digest_command, add_expand_command,
-    add_export_command, add_import_command,      add_set_command,    add_undo_command,
-    add_record_command, add_sample_command,      add_init_command,   add_complete_command};
+constexpr std::array<void (*)(const Command&), 18> kCommands{
+    add_check_command,  add_status_command,  add_report_command, add_show_command,
+    add_render_command, add_preview_command, add_why_command,    add_try_harvest_command,
+    add_digest_command, add_expand_command,  add_export_command, add_import_command,
+    add_set_command,    add_undo_command,    add_record_command, add_sample_command,
+    add_init_command,   add_complete_command};
 
 }  // namespace
 

@@ -11,21 +11,29 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <iterator>
 #include <map>
 #include <memory>
+#include <numeric>
+#include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "toplist/alternatives.h"
 #include "toplistctl/commands.h"
 #include "toplistctl/lib/output/console.h"
 #include "toplistctl/lib/site_files/paths.h"
+#include "toplistctl/lib/site_files/public_file.h"
 #include "toplistctl/lib/site_files/read_file.h"
 #include "toplistctl/lib/site_files/site_root.h"
 #include "toplistctl/lib/site_view/site_view.h"
+#include "util/fields.h"
 #include "util/file.h"
 #include "util/shell.h"
 
@@ -68,6 +76,18 @@ class PageFolder {
     });
   }
 
+  /// Puts a link to a public file of the site at its path. What is there already stays.
+  [[nodiscard]] Expected<void> add_link(const fs::path& path) const {
+    return open_folder(path.parent_path()).and_then([&](const UniqueFd& folder) -> Expected<void> {
+      const fs::path target = fs::current_path() / path;
+      if (::symlinkat(target.c_str(), folder.get(), path.filename().c_str()) == 0 ||
+          errno == EEXIST) {
+        return {};
+      }
+      return system_error("cannot create", (folder_ / path).string(), errno);
+    });
+  }
+
  private:
   /// Opens a folder below this one step by step, and creates what is missing.
   [[nodiscard]] Expected<UniqueFd> open_folder(const fs::path& below) const {
@@ -103,6 +123,40 @@ class PageFolder {
   fs::path folder_;
 };
 
+/// Calls `use` with the address in each src, href and url() of a page or a style sheet.
+template <typename Use>
+void for_each_address(std::string_view text, Use use) {
+  for (const std::string_view mark : {"src=", "href=", "url("}) {
+    for (std::size_t at = 0; (at = text.find(mark, at)) != std::string_view::npos;) {
+      at += mark.size();
+      if (text.substr(at, 1).find_first_of("\"'") == 0) ++at;
+      use(text.substr(at, text.find_first_of("\"' >)?#\n", at) - at));
+    }
+  }
+}
+
+/// Links the style sheets and pictures that pages need, by their paths and texts, and what these
+/// style sheets need in turn.
+Expected<void> link_needed_files(const PageFolder& folder, std::map<fs::path, std::string> texts) {
+  std::set<fs::path> linked;
+  while (!texts.empty()) {
+    const auto user = texts.extract(texts.begin());
+    std::set<fs::path> needed;
+    for_each_address(user.mapped(), [&](std::string_view address) {
+      needed.insert((address.starts_with('/') ? fs::path(address).relative_path()
+                                              : user.key().parent_path() / address)
+                        .lexically_normal());
+    });
+    for (const fs::path& path : needed) {
+      if (path.extension() == ".html" || !open_public_file(path)) continue;
+      if (!linked.insert(path).second) continue;
+      if (auto added = folder.add_link(path); !added) return added;
+      if (path.extension() == ".css") texts[path] = read_file(path).value_or("");
+    }
+  }
+  return {};
+}
+
 // --- how a page differs from what is at its path ---
 
 /// diff's exit status when it found a difference; a greater one means trouble.
@@ -134,6 +188,69 @@ Expected<int> print_diff(const std::string& path, std::string_view page) {
   return print(text, WEXITSTATUS(ended) == kDiffers ? kExitFindings : 0);
 }
 
+/// Makes the page of one toplist by picks of alternatives that are those of a run in some second.
+/// So a page that was written in another second differs only where something else has changed.
+class PickedPages {
+ public:
+  /// The site must live as long as this object; the columns of its rows change.
+  explicit PickedPages(SiteView& site) : site_(site) {
+    restore_columns();
+    for (const TradeRow& row : site_.run.rows) {
+      for (const std::string_view column : row.extra_columns) {
+        period_ = std::min(std::lcm(period_, alternative_count(column)), kMostPicks);
+      }
+    }
+  }
+
+  /// The page that shares most lines with what is at its path now. Throws StrayMark when all picks
+  /// give one.
+  std::string nearest_page(const ToplistView& toplist, std::string_view text) {
+    const std::string now = read_file(toplist.definition->output_path).value_or("");
+    std::string nearest;
+    for (std::size_t drawn = 0, least = SIZE_MAX; drawn < period_ && least > 0; ++drawn) try {
+        restore_columns();
+        pick_alternatives(site_.run.rows, drawn);
+        std::string page =
+            render_template(toplist.definition->template_path, text, toplist.passing);
+        const std::size_t different = page == now ? 0 : 1 + lines_not_shared(page, now);
+        if (different >= least) continue;
+        least = different;
+        nearest = std::move(page);
+      } catch (const StrayMark&) {
+        if (nearest.empty() && drawn + 1 == period_) throw;  // whatever is picked
+      }
+    return nearest;
+  }
+
+ private:
+  /// All picks are the same again after so many numbers that a second may draw. Above the limit the
+  /// first ones must do.
+  static constexpr std::size_t kMostPicks = 60;
+
+  void restore_columns() {
+    for (TradeRow& row : site_.run.rows) row.extra_columns.clear();
+    attach_extra_columns(site_.run.columns_file.text(), site_.run.rows);
+  }
+
+  static std::vector<std::string_view> sorted_lines(std::string_view text) {
+    std::vector<std::string_view> lines;
+    FieldReader reader(text, kLineSeparator);
+    for (std::string_view line; reader.next(line);) lines.push_back(line);
+    std::ranges::sort(lines);
+    return lines;
+  }
+
+  static std::size_t lines_not_shared(std::string_view one, std::string_view other) {
+    std::vector<std::string_view> different;
+    std::ranges::set_symmetric_difference(sorted_lines(one), sorted_lines(other),
+                                          std::back_inserter(different));
+    return different.size();
+  }
+
+  SiteView& site_;
+  std::size_t period_ = 1;
+};
+
 // --- one page ---
 
 tl::unexpected<Error> not_found(const Arguments& arguments) {
@@ -150,11 +267,12 @@ void warn_of(const ToplistView& toplist) {
 }
 
 /// Renders it whether the next run does or not: a preview is there to be looked at before.
-Expected<int> print_page(const ToplistView& toplist, bool as_diff) try {
+Expected<int> print_page(SiteView& site, const ToplistView& toplist, bool as_diff) try {
   const auto& path = toplist.definition->template_path;
   const auto text = read_file(path);
   if (!text) return tl::unexpected(text.error());
-  const std::string page = render_template(path, *text, toplist.passing);
+  const std::string page = as_diff ? PickedPages(site).nearest_page(toplist, *text)
+                                   : render_template(path, *text, toplist.passing);
   warn_of(toplist);
   if (as_diff) return print_diff(toplist.definition->output_path, page);
   return print(page);
@@ -164,7 +282,7 @@ Expected<int> print_page(const ToplistView& toplist, bool as_diff) try {
 }
 
 Expected<int> render_one(const Arguments& arguments) {
-  const SiteView site;
+  SiteView site;
   const auto definitions = read_file(kDefinitionsPath);
   if (!definitions) return tl::unexpected(definitions.error());
   const ToplistView* toplist = site.find(arguments.name, arguments.record);
@@ -172,7 +290,7 @@ Expected<int> render_one(const Arguments& arguments) {
   if (site.run.rows.empty()) {
     return failure(fmt::format("there is no trade to show: {}", site.rehearsal.ending()));
   }
-  return print_page(*toplist, arguments.diff);
+  return print_page(site, *toplist, arguments.diff);
 }
 
 // --- all pages ---
@@ -191,26 +309,38 @@ std::map<fs::path, std::size_t> records_of_pages(const SiteView& site) {
 /// Renders all pages; those that cannot be written or compared are reported and left out.
 int render_all(const Arguments& arguments, const PageFolder& folder) {
   std::vector<std::string> pages;
-  const SiteView site(kSteps, [&pages](const std::string& /*path*/, std::string_view page) {
+  SiteView site(kSteps, [&pages](const std::string& /*path*/, std::string_view page) {
     pages.emplace_back(page);
   });
   const auto records = records_of_pages(site);
+  std::optional<PickedPages> picked;
+  if (arguments.diff) picked.emplace(site);
   int status = 0;  // grows with what went wrong
+  std::map<fs::path, std::string> written;
   auto page = pages.begin();
   for (const ToplistView& toplist : site.toplists) {
     const std::string& path = toplist.definition->output_path;
     if (toplist.next_run.kind == Prospect::Kind::skipped) warn_of(toplist);
     if (!toplist.next_run.is_built()) continue;
-    const std::string text = std::move(*page++);
+    std::string text = std::move(*page++);
     if (const std::size_t last = records.at(real_path(path)); last != toplist.record) {
       warn(fmt::format("record {}: the page {} is left out: a run then writes record {} over it",
                        toplist.record, path, last));
       continue;
     }
-    const Expected<int> done =
-        arguments.diff ? print_diff(path, text) : folder.add(path, text).map([] { return 0; });
+    const auto compare = [&](const std::string& source) {
+      return print_diff(path, picked->nearest_page(toplist, source));
+    };
+    const Expected<int> done = arguments.diff
+                                   ? read_file(toplist.definition->template_path).and_then(compare)
+                                   : folder.add(path, text).map([] { return 0; });
     status = std::max(
         status, done ? *done : fail(fmt::format("{} is left out: {}", path, done.error().text())));
+    if (done && !path.starts_with('/')) written[path.c_str()] = std::move(text);
+  }
+  if (!arguments.diff) {
+    const auto linked = link_needed_files(folder, std::move(written));
+    if (!linked) status = fail(linked.error().text());
   }
   if (site.rehearsal.ending().empty()) return status;
   warn(fmt::format("the next run ends early: {}", site.rehearsal.ending()));
@@ -249,8 +379,9 @@ void add_render_command(const Command& program) {
   const Option record = command.number("--record", "N", arguments->record, 1,
                                        "This record of the definitions, of several with TEMPLATE");
   const Option all = command.flag("--all", arguments->all, "All pages that a run would write");
-  const Option into = command.text("--into", "FOLDER", arguments->folder,
-                                   "Write them below FOLDER, at their paths");
+  const Option into = command.text(
+      "--into", "FOLDER", arguments->folder,
+      "Write them below FOLDER, at their paths, with links to their style sheets and pictures");
   record.needs(name);
   all.excludes(name).excludes(record);
   into.needs(all);

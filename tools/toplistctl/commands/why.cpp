@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <ctime>
 #include <iterator>
 #include <memory>
 
@@ -10,6 +11,7 @@
 #include "toplist/ranking.h"
 #include "toplistctl/commands.h"
 #include "toplistctl/lib/formats/order_names.h"
+#include "toplistctl/lib/history/history.h"
 #include "toplistctl/lib/output/console.h"
 #include "toplistctl/lib/output/value.h"
 #include "toplistctl/lib/site_files/read_file.h"
@@ -20,26 +22,6 @@ namespace toplist::ctl {
 namespace {
 
 // --- for people ---
-
-/// Why a filter other than a minimum drops a trade.
-struct Meaning {
-  std::string_view filter;
-  const char* text;
-};
-constexpr Meaning kMeanings[] = {
-    {kInactiveFilter, "the trade is not active"},
-    {kDomainsKey, "the setting \"domains\" does not name its domain"},
-    {kGroupKey, "the setting \"group\" names a group without it"},
-    {kThumbnailFilter, "it has no thumbnail, which is required"},
-    {kSkippedDomainsKey, "the setting \"skipdomains\" names its domain"},
-};
-
-std::string reason_text(const Drop& drop) {
-  for (const Meaning& meaning : kMeanings) {
-    if (drop.filter == meaning.filter) return meaning.text;
-  }
-  return fmt::format("{} is {}, below {}", drop.filter, drop.figure, drop.minimum);
-}
 
 std::string record_text(const char* file, std::size_t record) {
   return record == 0 ? fmt::format("no record in {}", file)
@@ -94,10 +76,23 @@ std::string standing_text(const Standing& standing) {
   return text + printable_line("  page stays as it is: {}", toplist.next_run.text());
 }
 
+/// A line for an active trade of a site with a history. One that cannot be read is reported.
+std::string trend_text(const TradeRow* row) {
+  if (row == nullptr) return "";
+  const auto trend = History::open().and_then([&](const auto& history) {
+    return history ? history->trend(*row, std::time(nullptr)).map([](const Trend& found) {
+      return printable_line("  trend      {}", found.text());
+    })
+                   : Expected<std::string>();
+  });
+  if (!trend) warn(trend.error().text());
+  return trend.value_or("");
+}
+
 std::string why_text(const SiteView& site, const std::vector<TradeStanding>& standings) {
   std::string text;
   for (const TradeStanding& trade : standings) {
-    text += (text.empty() ? "" : "\n") + files_text(site, trade);
+    text += (text.empty() ? "" : "\n") + files_text(site, trade) + trend_text(trade.row);
     for (const Standing& standing : trade.toplists) text += '\n' + standing_text(standing);
   }
   return text;

@@ -86,18 +86,6 @@ std::string label_value(const std::string& raw) {
 
 // --- texts for people ---
 
-std::string state_of(const PageStatus& page) {
-  if (page.cut) return "CUT";
-  if (page.late) return page.age ? "LATE" : "MISSING";
-  return "fine";
-}
-
-/// A run that ends early has one reason for all pages that it does not reach: it is printed once,
-/// after the pages.
-std::string next_run_of(const PageStatus& page) {
-  return page.next_run.kind == Prospect::Kind::unreached ? "not reached" : page.next_run.text();
-}
-
 std::string pages_table(const SiteStatus& status) {
   Table table({{"RECORD", Table::Align::right},
                {"PAGE"},
@@ -110,23 +98,6 @@ std::string pages_table(const SiteStatus& status) {
                    next_run_of(page)});
   }
   return table.text();
-}
-
-std::string running_text(const SiteStatus& status) {
-  if (!status.running) return "No run is in progress.\n";
-  const auto& seconds = status.running->seconds;
-  return fmt::format("A run is in progress{}{}.\n",
-                     seconds ? ", started " + duration_text(*seconds) + " ago" : "",
-                     status.running_late ? ": LATE" : "");
-}
-
-std::string trades_text(const SiteStatus& status) {
-  std::string text = fmt::format("{} active trades", status.active_trades);
-  if (status.thumbnails_required) {
-    text += fmt::format(", {} without a thumbnail, {} with a stale one", status.without_thumbnail,
-                        status.stale_thumbnails);
-  }
-  return text + ".\n";
 }
 
 std::string log_text(const SiteStatus& status) {

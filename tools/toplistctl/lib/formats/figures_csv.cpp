@@ -57,7 +57,10 @@ class FiguresImporter {
     }
     trades_.reserve(trades.size());
     for (const TradeRecord& trade : trades) {
-      by_id_.emplace(trade.trade_id, trades_.size());
+      const auto [first, is_new] = by_id_.emplace(trade.trade_id, trades_.size());
+      if (!is_new && domain_of(*trades_[first->second].record) != domain_of(trade)) {
+        trades_[first->second].shares_id = true;
+      }
       trades_.push_back({.record = &trade});
       edit_.values.try_emplace(std::to_string(trade.trade_id));
     }
@@ -89,6 +92,7 @@ class FiguresImporter {
     const TradeRecord* record;
     std::array<std::optional<std::size_t>, kPeriodCount> rows{};  ///< of the CSV, by period
     PeriodBlock all_time{};
+    bool shares_id = false;  ///< with a trade of another domain, thus of another history
   };
 
   void add_row(std::size_t row) {
@@ -142,6 +146,11 @@ class FiguresImporter {
 
   Expected<void> add_history(const Trade& trade, std::size_t row) {
     const std::string_view domain = domain_of(*trade.record);
+    if (trade.shares_id) {
+      error(row, kId,
+            "two trades of different domains have this id, so it does not name a history");
+      return {};
+    }
     if (contains(domain, "/")) {
       error(row, kId, "the domain of this trade contains a \"/\", so it cannot name a history");
       return {};

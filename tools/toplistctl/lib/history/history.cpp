@@ -179,23 +179,32 @@ std::optional<Keep> parse_keep(std::string_view text) {
 
 Expected<void> record_snapshot(const std::string& path, std::span<const TradeRow> rows,
                                std::int64_t now, const Keep& keep) {
+  const Moment moment{now, rows};
+  return record_snapshots(path, {&moment, 1}, keep);
+}
+
+Expected<void> record_snapshots(const std::string& path, std::span<const Moment> moments,
+                                const Keep& keep) {
   const auto opened = open_file(path, O_RDWR | O_CREAT, kRecording);
   if (!opened) return tl::unexpected(opened.error());
   const Database& database = **opened;
   // Free space is used again, so it need not be overwritten; and nothing of a transaction goes to a
   // folder for temporary files, which may be full. Two processes that find a new file see one after
   // the other whether it has its tables.
-  return database
-      .execute(
-          "PRAGMA foreign_keys = ON; PRAGMA secure_delete = OFF; PRAGMA temp_store = MEMORY;"
-          "PRAGMA cell_size_check = ON; BEGIN IMMEDIATE")
-      .and_then([&] { return is_new(database); })
-      .and_then([&](bool fresh) {
-        return database.execute(fmt::format("{} INSERT INTO snapshots(time) VALUES ({}); {}",
-                                            fresh ? schema() : "", now, thinning(now, keep)));
-      })
-      .and_then([&] { return add_trades(database, rows); })
-      .and_then([&] { return database.execute("COMMIT"); });
+  auto done = database
+                  .execute(
+                      "PRAGMA foreign_keys = ON; PRAGMA secure_delete = OFF;"
+                      "PRAGMA temp_store = MEMORY; PRAGMA cell_size_check = ON; BEGIN IMMEDIATE")
+                  .and_then([&] { return is_new(database); })
+                  .and_then([&](bool fresh) { return database.execute(fresh ? schema() : ""); });
+  for (const auto& [time, rows] : moments) {
+    done = done.and_then([&] {
+                 return database.execute(fmt::format("INSERT INTO snapshots(time) VALUES ({}); {}",
+                                                     time, thinning(time, keep)));
+               })
+               .and_then([&] { return add_trades(database, rows); });
+  }
+  return done.and_then([&] { return database.execute("COMMIT"); });
 }
 
 History::History(std::unique_ptr<Database> database) : database_(std::move(database)) {}

@@ -44,6 +44,16 @@ std::optional<Keep> parse_keep(std::string_view text);
 Expected<void> record_snapshot(const std::string& path, std::span<const TradeRow> rows,
                                std::int64_t now, const Keep& keep = {});
 
+/// The figures of trades at one time.
+struct Moment {
+  std::int64_t time;
+  std::span<const TradeRow> rows;
+};
+
+/// The same for several moments at once, the oldest first: all or none of them.
+Expected<void> record_snapshots(const std::string& path, std::span<const Moment> moments,
+                                const Keep& keep = {});
+
 struct Snapshot {
   std::int64_t id;
   std::int64_t time;

@@ -109,6 +109,12 @@ std::string Records::text(Format format) const {
   return format == Format::csv ? csv_text() : table_text();
 }
 
+std::vector<std::vector<std::string>> Records::rows() const {
+  std::vector<std::vector<std::string>> rows(records_.size());
+  std::transform(records_.begin(), records_.end(), rows.begin(), plain_texts);
+  return rows;
+}
+
 std::string Records::table_text() const {
   std::vector<Table::Column> columns;
   for (std::size_t i = 0; i < names_.size(); ++i) {
@@ -118,14 +124,14 @@ std::string Records::table_text() const {
     columns.push_back({heading(names_[i]), has_number ? Table::Align::right : Table::Align::left});
   }
   Table table(std::move(columns));
-  for (const List& values : records_) table.add_row(plain_texts(values));
+  for (auto& row : rows()) table.add_row(std::move(row));
   return table.text();
 }
 
 std::string Records::csv_text() const {
   CsvText csv;
   add_row(csv, names_);
-  for (const List& values : records_) add_row(csv, plain_texts(values));
+  for (const auto& row : rows()) add_row(csv, row);
   return csv.text();
 }
 

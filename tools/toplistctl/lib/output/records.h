@@ -52,6 +52,10 @@ class Records {
 
   [[nodiscard]] std::string text(Format format) const;
 
+  [[nodiscard]] const std::vector<std::string>& names() const { return names_; }
+  /// The values as texts, as a table shows them.
+  [[nodiscard]] std::vector<std::vector<std::string>> rows() const;
+
  private:
   [[nodiscard]] std::string table_text() const;
   [[nodiscard]] std::string csv_text() const;

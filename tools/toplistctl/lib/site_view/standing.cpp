@@ -1,5 +1,7 @@
 #include "toplistctl/lib/site_view/standing.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <array>
 #include <iterator>
@@ -15,6 +17,19 @@
 
 namespace toplist::ctl {
 namespace {
+
+/// Why a filter other than a minimum drops a trade.
+struct Meaning {
+  std::string_view filter;
+  const char* text;
+};
+constexpr Meaning kMeanings[] = {
+    {kInactiveFilter, "the trade is not active"},
+    {kDomainsKey, "the setting \"domains\" does not name its domain"},
+    {kGroupKey, "the setting \"group\" names a group without it"},
+    {kThumbnailFilter, "it has no thumbnail, which is required"},
+    {kSkippedDomainsKey, "the setting \"skipdomains\" names its domain"},
+};
 
 std::size_t sum_record_of(std::string_view id, std::string_view sum) {
   FieldReader fields(sum);
@@ -62,6 +77,13 @@ Standing standing_in(const ToplistView& toplist, const TradeRow* row) {
 
 }  // namespace
 
+std::string reason_text(const Drop& drop) {
+  for (const Meaning& meaning : kMeanings) {
+    if (drop.filter == meaning.filter) return meaning.text;
+  }
+  return fmt::format("{} is {}, below {}", drop.filter, drop.figure, drop.minimum);
+}
+
 bool TradeStanding::is_shown_everywhere() const {
   return std::all_of(toplists.begin(), toplists.end(),
                      [](const Standing& standing) { return standing.is_shown(); });
@@ -77,7 +99,7 @@ Expected<std::vector<TradeStanding>> standings_of(const SiteView& site, std::str
     const TradeRecord& record = site.run.trades[i];
     const TradeRow* row = is_active(record) ? &*next_row++ : nullptr;
     if (!is_called(record, trade)) continue;
-    TradeStanding standing{i + 1, &record, files_of(site, record, sum->value_or("")), {}};
+    TradeStanding standing{i + 1, &record, row, files_of(site, record, sum->value_or("")), {}};
     for (const ToplistView& view : site.toplists) {
       if (toplist.empty() || view.is_called(toplist)) {
         standing.toplists.push_back(standing_in(view, row));

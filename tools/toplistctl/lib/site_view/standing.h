@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -14,6 +15,9 @@ namespace toplist::ctl {
 
 /// Drop::filter of a trade that is not active.
 inline constexpr std::string_view kInactiveFilter = "inactive";
+
+/// What a test says of a trade that it drops, such as "rin24 is 7, below 10".
+std::string reason_text(const Drop& drop);
 
 /// One trade in one toplist.
 struct Standing {
@@ -41,6 +45,7 @@ struct TradeFiles {
 struct TradeStanding {
   std::size_t record;  ///< in the database, from 1
   const TradeRecord* trade;
+  const TradeRow* row;  ///< nullptr when it is not active
   TradeFiles files;
   std::vector<Standing> toplists;
 

@@ -190,6 +190,33 @@ SiteStatus status_of(const SiteView& site, const StatusLimits& limits, std::time
   return status;
 }
 
+std::string state_of(const PageStatus& page) {
+  if (page.cut) return "CUT";
+  if (page.late) return page.age ? "LATE" : "MISSING";
+  return "fine";
+}
+
+std::string next_run_of(const PageStatus& page) {
+  return page.next_run.kind == Prospect::Kind::unreached ? "not reached" : page.next_run.text();
+}
+
+std::string running_text(const SiteStatus& status) {
+  if (!status.running) return "No run is in progress.\n";
+  const auto& seconds = status.running->seconds;
+  return fmt::format("A run is in progress{}{}.\n",
+                     seconds ? ", started " + duration_text(*seconds) + " ago" : "",
+                     status.running_late ? ": LATE" : "");
+}
+
+std::string trades_text(const SiteStatus& status) {
+  std::string text = fmt::format("{} active trades", status.active_trades);
+  if (status.thumbnails_required) {
+    text += fmt::format(", {} without a thumbnail, {} with a stale one", status.without_thumbnail,
+                        status.stale_thumbnails);
+  }
+  return text + ".\n";
+}
+
 std::string duration_text(std::int64_t seconds) {
   struct Unit {
     const char* name;

@@ -81,6 +81,17 @@ struct SiteStatus {
 /// The status at the time `now`.
 SiteStatus status_of(const SiteView& site, const StatusLimits& limits, std::time_t now);
 
+/// A page's state in one word: "fine", "LATE", "MISSING" or "CUT".
+std::string state_of(const PageStatus& page);
+
+/// What the next run does with a page. A run that ends early has one reason for all pages that it
+/// does not reach, which is left out here.
+std::string next_run_of(const PageStatus& page);
+
+/// A sentence and a line feed: whether a run is in progress; the trades and their thumbnails.
+std::string running_text(const SiteStatus& status);
+std::string trades_text(const SiteStatus& status);
+
 /// Such as "4m" or "3d 2h": the two largest units.
 std::string duration_text(std::int64_t seconds);
 

@@ -66,9 +66,12 @@ void walk_template(std::string_view text, RankedRows rows, const TemplateVisitor
 }
 
 std::set<std::int32_t> ranks_named(const ToplistView& toplist) {
+  return ranks_named(read_file(toplist.definition->template_path).value_or(""), toplist.passing);
+}
+
+std::set<std::int32_t> ranks_named(std::string_view text, RankedRows rows) {
   std::set<std::int32_t> ranks;
-  walk_template(read_file(toplist.definition->template_path).value_or(""), toplist.passing,
-                {.tag = [&ranks](const TagSpot& spot) {
+  walk_template(text, rows, {.tag = [&ranks](const TagSpot& spot) {
                   if (spot.tag && !spot.from_value) ranks.insert(spot.tag->rank);
                 }});
   return ranks;

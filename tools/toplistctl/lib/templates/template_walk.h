@@ -44,5 +44,6 @@ void walk_template(std::string_view text, RankedRows rows, const TemplateVisitor
 /// The ranks that the toplist's template names: its places for trades. Those in tags that a value
 /// brings in do not count. Empty when the template cannot be read.
 std::set<std::int32_t> ranks_named(const ToplistView& toplist);
+std::set<std::int32_t> ranks_named(std::string_view text, RankedRows rows);
 
 }  // namespace toplist::ctl
