@@ -8,10 +8,10 @@ namespace toplist::ctl {
 /// check: reports what is wrong with a site.
 void add_check_command(const Command& program);
 
-/// status: whether the schedule is alive.
+/// status: whether the pages are up to date.
 void add_status_command(const Command& program);
 
-/// show trades|figures|toplists|log: what a site holds.
+/// show trades|figures|toplists|log: what a site contains.
 void add_show_command(const Command& program);
 
 /// render TEMPLATE: the page that a run would write now; or all of them.
@@ -20,13 +20,13 @@ void add_render_command(const Command& program);
 /// preview: shows the pages that a run would write now in a browser, and again after every change.
 void add_preview_command(const Command& program);
 
-/// why TRADE: where a trade stands in each toplist, or everything that keeps it out.
+/// why TRADE: the trade's rank in each toplist, or everything that keeps it out.
 void add_why_command(const Command& program);
 
 /// digest TEMPLATE...: the check values of templates.
 void add_digest_command(const Command& program);
 
-/// expand SOURCE: a template out of its source.
+/// expand SOURCE: a template from its source.
 void add_expand_command(const Command& program);
 
 /// export trades|figures|toplist: a site's data as CSV.

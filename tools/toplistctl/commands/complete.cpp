@@ -45,7 +45,7 @@ Words finding_kinds() {
   return names_of(kinds::all(), [](const Kind* kind) { return kind->name; });
 }
 
-/// What may be a value whose type the help calls so.
+/// The possible values of a type that the help names.
 struct ValueType {
   std::string_view name;
   const char* action;  ///< what bash completes itself: "directory", "file" or "user"
@@ -60,14 +60,14 @@ constexpr ValueType kValueTypes[] = {
     {"TEMPLATE", "", templates, true}, {"TRADE", "", domains, true},
 };
 
-/// nullptr for values that nobody can guess, such as "N".
+/// nullptr for values without a list of words, such as "N".
 const ValueType* value_type_named(std::string_view name) {
   const auto* const type = std::find_if(std::begin(kValueTypes), std::end(kValueTypes),
                                         [name](const ValueType& t) { return t.name == name; });
   return type == std::end(kValueTypes) ? nullptr : type;
 }
 
-/// The words that `awaited` may be. Nothing is reported: the line is not finished.
+/// The possible words for `awaited`. Reports no errors, because the line is not finished.
 Words choices(const AwaitedWord& awaited, const ValueType* type) {
   if (type == nullptr) return awaited.words;
   if (type->words == nullptr) return {};

@@ -33,7 +33,7 @@ Expected<int> init_site(const std::string& directory) {
       });
 }
 
-/// What is to be done before the root's first harvest.
+/// What the user must do before the root's first harvest.
 std::string next_steps(const HarvestedSite& harvested, const fs::path& root) {
   const auto& [site, config] = harvested;
   const std::string name = shell_word(root.string());

@@ -24,8 +24,8 @@ struct Arguments {
   std::string keep = "14d,2y";
 };
 
-/// A file that ends too early is one that another program is writing. Recorded, it would look like
-/// a sudden drop.
+/// If a file ends too early, another program is writing it. A snapshot of it would look like a
+/// sudden drop.
 tl::unexpected<Error> cut_file(const char* path) {
   return failure(
       fmt::format("cannot use {}: it ends too early. Nothing was recorded. Try again when "
@@ -45,8 +45,8 @@ Expected<std::vector<TradeRow>> read_active_trades() {
   return build_rows(trades);
 }
 
-/// Whether the text ends within a record. What follows the last record is a line feed at the most,
-/// which counts as a first field of the next one.
+/// Whether the text ends within a record. Only a line feed may follow the last record. It counts as
+/// the first field of a next one.
 bool ends_within_record(std::string_view sum) {
   FieldReader fields(sum);
   std::array<std::string_view, kSumFields> record;
@@ -72,7 +72,8 @@ Expected<std::vector<TradeRow>> read_figures() {
 }
 
 Expected<int> record(const Arguments& arguments) {
-  // A file at the limit of its size is an error like a full disk, not the end of the process.
+  // Beyond the limit of its size, a file gives an error like a full disk. It does not end the
+  // process.
   std::signal(SIGXFSZ, [](int) {});
   const std::string file =
       arguments.file.empty() ? kHistoryPath : std::filesystem::absolute(arguments.file).string();

@@ -23,7 +23,7 @@
 namespace toplist::ctl {
 namespace {
 
-/// What the commands import trades and import figures would do.
+/// Does the same as the commands import trades and import figures.
 Expected<NewSite> import_data(NewSite site) {
   Diagnostics errors;
   const ImportedTrades trades =
@@ -109,7 +109,7 @@ Expected<NewSite> add_history(NewSite site) {
   return site;
 }
 
-/// What a user makes of an empty site: pages of their own, then trades and figures from CSV files.
+/// Fills an empty site as a user would: own pages, then trades and figures from CSV files.
 Expected<NewSite> sample_site() {
   return empty_site()
       .and_then([](NewSite site) {

@@ -61,7 +61,7 @@ Expected<std::string> csv_of(const TradeRecord& trade, const std::vector<std::st
   return header.text() + line.text();
 }
 
-/// Moves a file that goes by the domain, or copies it for other trades that still have the old one.
+/// Moves a file that is named by the domain. Copies it if other trades still have the old domain.
 Expected<void> move_file(SiteChange& change, const std::string& from, const std::string& to,
                          bool is_shared) {
   const auto bytes = read_file_if_there(from);
@@ -88,7 +88,7 @@ Expected<void> move_files(SiteChange& change, const std::string& from, const std
   return move_file(change, folder + from + ".jpg", folder + to + ".jpg", is_shared);
 }
 
-/// Notes the new values; what is wrong with them goes to `errors`.
+/// Adds the new values to the change. Their faults go to `errors`.
 Expected<std::vector<TradeChange>> note_values(SiteChange& change, const Arguments& arguments,
                                                Diagnostics& errors) {
   const auto before = read_site_trades();

@@ -1,4 +1,4 @@
-// show trades|figures|toplists|log: what a site holds, for people and for programs.
+// show trades|figures|toplists|log: what a site contains, for people and for programs.
 
 #include <fmt/core.h>
 #include <sys/stat.h>
@@ -105,7 +105,7 @@ std::string order_text(const std::string& order_by) {
   return is_order_value(order_by) ? order_by : fmt::format("{} (as 16)", order_by);
 }
 
-/// The places of a page are the ranks that its template names; it shows those that trades take.
+/// The places of a page are the ranks that its template names. It shows those that have a trade.
 Expected<std::string> toplists(const Arguments& arguments) {
   if (const auto file = read_file(kDefinitionsPath); !file) return tl::unexpected(file.error());
   const SiteView site;

@@ -75,7 +75,7 @@ class HarvestTrace {
     return std::move(response).text();
   }
 
-  /// What an external downloader brought. fetch_raw() reports on the built-in client.
+  /// Reports the result of an external downloader. fetch_raw() reports that of the built-in client.
   void report_download(const std::string& url, const std::string& text) const {
     const DownloadMethod* const method = find_download_method(config_.fetch_method());
     if (method == nullptr) return;

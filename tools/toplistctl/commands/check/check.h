@@ -44,7 +44,7 @@ void check_definitions(const SiteView& site, Diagnostics& findings);
 /// "d/tl/tl.ext", and the groups it names.
 void check_settings(const SiteView& site, Diagnostics& findings);
 
-/// The pages: what they overwrite, how old they are, whether they are whole and have room.
+/// The pages: what they overwrite, how old they are, whether they are complete and have room.
 void check_pages(const SiteView& site, Diagnostics& findings);
 
 /// The templates of all toplists, also of those that are skipped.
@@ -63,25 +63,25 @@ void check_unused_files(const SiteView& site, Diagnostics& findings);
 std::optional<std::string> read_input(const std::string& path, const Kind& missing,
                                       Diagnostics& findings);
 
-/// Where line breaks may stand in a file of records.
+/// Where a file of records may have line breaks.
 enum class LineBreaks {
   between_records,  ///< in the first field of a record only
   anywhere,
 };
 
-/// Reports the first line of a file of "|"-separated fields whose fields do not come in records of
-/// `size`: a line that breaks a record, or the last line when it leaves one incomplete. Line breaks
-/// and blanks at the file's end do not count. False when there is such a line.
+/// Reports the first line of a file of "|"-separated fields that breaks a record of `size` fields,
+/// or the last line if its record is incomplete. Ignores line breaks and blanks at the file's end.
+/// False if there is such a line.
 bool check_fields(const Kind& kind, const std::string& path, std::string_view text,
                   std::size_t size, Diagnostics& findings,
                   LineBreaks breaks = LineBreaks::between_records);
 
-/// Reports that none of the active trades has a thing, if all of them, `lacking`, have not.
+/// Reports that no active trade has something, if `lacking` are all of them.
 void check_none_has(const Kind& kind, const std::string& file, std::size_t lacking,
                     const SiteView& site, Diagnostics& findings);
 
-/// The whole number that a field holds, kept within 64 bits; blanks around it do not count.
-/// Nothing when it holds anything else.
+/// The whole number in a field, clamped to 64 bits. Ignores blanks around it. Nothing for any other
+/// text.
 std::optional<std::int64_t> whole_number(std::string_view field);
 
 /// The text without the line breaks and blanks at its end.
@@ -90,8 +90,8 @@ std::string_view without_end_blanks(std::string_view text);
 /// Whether a browser would take a part of the text for a tag or a comment.
 bool holds_markup(std::string_view text);
 
-/// The paths of the regular files in a folder ("d/tl/") whose names end so, sorted; none when the
-/// folder cannot be listed.
+/// The sorted paths of the regular files in a folder ("d/tl/") whose names have this end; none if
+/// the folder cannot be listed.
 std::vector<std::string> files_in(std::string_view folder, std::string_view suffix);
 
 /// The sources of templates.

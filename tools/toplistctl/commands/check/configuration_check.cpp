@@ -37,7 +37,7 @@ bool check_writable_folder(const Kind& kind, const std::string& path, Diagnostic
   return false;
 }
 
-/// A run opens the log anew for each line: what counts is whether that works.
+/// A run opens the log again for each line, so the check is whether this works.
 void check_log(Diagnostics& findings) {
   const auto fault = log_fault();
   if (!fault) return;
@@ -122,7 +122,7 @@ void check_thumbnails(const SiteView& site, Diagnostics& findings) {
 
 // --- the programs of a harvest ---
 
-/// Words that may begin a command line and are the shell's own.
+/// Words at the start of a command line that are part of the shell.
 constexpr std::array<std::string_view, 12> kShellWords = {
     ":", ".", "cd", "command", "eval", "exec", "export", "for", "if", "ulimit", "umask", "while"};
 
@@ -141,7 +141,7 @@ bool is_found(const std::string& program, std::string_view program_path) {
   return false;
 }
 
-/// The program that a command line begins with; empty when only the shell can tell.
+/// The first program of a command line; empty if only the shell can find it out.
 std::string program_of(std::string_view command) {
   command.remove_prefix(std::min(command.find_first_not_of(" \t"), command.size()));
   const std::string_view word = command.substr(0, command.find_first_of(" \t;&|<>()"));
@@ -167,7 +167,7 @@ bool is_size(std::string_view word) {
          is_length(word.substr(x + 1));
 }
 
-/// Whether only the shell knows which words the text becomes.
+/// Whether only the shell can split the text into words.
 bool is_for_shell(std::string_view text) {
   return text.find_first_of("\"'\\$`<>") != std::string_view::npos;
 }
@@ -204,7 +204,7 @@ bool reads_input(const HarvestConfig& config) {
   return !program.empty() && !is_own_tool(program);
 }
 
-/// What the image tool finds under the name of a page's host.
+/// The picture that the image tool finds under the name of a page's host.
 std::string picture_of(const std::string& host, const RecordsByDomain& records) {
   const auto owner = records.find(host);
   return owner == records.end() ? "which belongs to no trade"

@@ -41,7 +41,7 @@ bool check_counters(std::span<const std::string_view> counters, Period period, c
   return true;
 }
 
-/// A visitor counts in rin at each visit, and once in uin. So uin is hardly ever the higher one.
+/// rin counts each visit, and uin each visitor once. So uin is almost never higher than rin.
 void check_shifted(const SiteView& site, Period period, const std::string& file,
                    Diagnostics& findings) {
   constexpr std::size_t kFewest = 3;
@@ -159,7 +159,7 @@ class MissingHistories {
 /// Columns that partners write: title, description and picture. The others are the site's own.
 constexpr std::size_t kPartnersColumns = 3;
 
-/// Checks one line of "d/tl/tl.a1" after the other.
+/// Checks "d/tl/tl.a1" line by line.
 class ColumnCheck {
  public:
   ColumnCheck(std::string_view text, Diagnostics& findings) : text_(text), findings_(findings) {}
@@ -185,7 +185,7 @@ class ColumnCheck {
   }
 
  private:
-  /// Goes on to the line in which `field` stands.
+  /// Moves to the line of `field`.
   void count_lines(std::string_view field) {
     const auto at = text_.begin() + (field.data() - text_.data());
     line_ += static_cast<std::size_t>(std::count(counted_to_, at, kLineSeparator));
@@ -251,7 +251,7 @@ void check_histories(const SiteView& site, Diagnostics& findings) {
 
 void check_sum(const SiteView& site, Diagnostics& findings) {
   const auto text = read_input(kSumPath, kinds::kMissingFile, findings);
-  // After a line with too few fields, the trades' numbers are not what they seem.
+  // After a line with too few fields, other fields are read as the trades' numbers.
   if (!text || !check_fields(kinds::kSumFields, kSumPath, *text, kSumFields, findings)) return;
   if (site.run.trades.empty()) return;
   for (const Period period : {kPeriod60, kPeriod24, kPeriod07}) {

@@ -34,7 +34,7 @@ class OverwriteCheck {
       for (const std::string& path : toplist_inputs(toplist, site_.run.settings)) check_file(path);
     }
     for (const TradeRow& row : site_.run.rows) {
-      // They are many: a missing one cannot be a page.
+      // There are many of them. A missing one cannot be a page.
       const std::string path = history_path(row.domain);
       std::error_code ignored;
       if (fs::exists(path, ignored)) check_file(path);
@@ -142,7 +142,7 @@ void check_unused_files(const SiteView& site, Diagnostics& findings) {
                 files_in(histories.parent_path().string() + "/", histories.filename().string()),
                 paths_of_trades(site, history_path), findings);
   const std::string& folder = site.run.config.thumb_dir();
-  if (!folder.ends_with('/')) return;  // then thumbnails are not told from other files
+  if (!folder.ends_with('/')) return;  // then other files look like thumbnails
   report_unused(
       kinds::kUnusedThumbnail, files_in(folder, ".jpg"),
       paths_of_trades(site,

@@ -14,8 +14,8 @@ bool holds(const KindList& list, const Kind* kind) {
   return std::find(list.begin(), list.end(), kind) != list.end();
 }
 
-/// A kind of fault that causes others. Faults of these kinds with another cause are found by the
-/// next check, once this one is fixed.
+/// A kind of fault that causes others. If some of those have another cause, the next check finds
+/// them, after this one is fixed.
 struct Cause {
   const Kind& kind;
   std::string_view file;  ///< where it is found; empty: anywhere
@@ -79,7 +79,7 @@ const std::vector<Cause>& causes() {
   return table;
 }
 
-/// A cause that the site has: the first finding that is one.
+/// A cause in this site: the first finding of its kind.
 struct Found {
   const Cause* cause;
   Diagnostic* finding;

@@ -13,7 +13,7 @@
 namespace toplist::ctl {
 namespace {
 
-/// Where in the sources the first byte comes from that the template does not have.
+/// The place in the sources of the first byte that differs from the template.
 Place first_difference(const Expansion& expansion, std::string_view text) {
   const std::string_view expected = expansion.text;
   const auto difference =

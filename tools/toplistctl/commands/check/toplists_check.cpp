@@ -83,7 +83,7 @@ class DefinitionCheck {
     }
   }
 
-  /// Not when a file that a run would read without end is among its groups.
+  /// Not if a run would read one of its groups without end.
   [[nodiscard]] bool is_ranked() const {
     return !toplist_.ranking.empty() || site_.run.rows.empty();
   }

@@ -28,8 +28,8 @@ void check_size(std::size_t bytes, const SiteView& site, Diagnostics& findings) 
   }
 }
 
-/// Whether this may stand between two dots of a host name. The standards do not allow "_", but
-/// name servers and the web know hosts that have it.
+/// Whether this can be a part of a host name, between two dots. The standards do not allow "_", but
+/// some hosts on the web have it.
 bool is_host_label(std::string_view label) {
   constexpr std::size_t kLongest = 63;
   const auto fits = [](char c) {
@@ -59,7 +59,7 @@ std::string_view domain_fault(std::string_view domain) {
   return is_host_name(domain) ? "" : "is not a host name";
 }
 
-/// Checks one active trade after the other.
+/// Checks the active trades, one by one.
 class ActiveTrades {
  public:
   explicit ActiveTrades(Diagnostics& findings) : findings_(findings) {}

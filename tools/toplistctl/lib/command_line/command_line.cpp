@@ -24,7 +24,7 @@ int parse(CLI::App& app, int argc, char** argv) {
   } catch (const CLI::Success& help_or_version) {
     return app.exit(help_or_version);
   } catch (const CLI::ParseError& error) {
-    // A mistyped word often is the cause of what the library reports as missing.
+    // If the library reports something as missing, the cause is often a mistyped word.
     const std::vector<std::string> unknown = app.remaining(true);
     if (unknown.empty()) return fail(fmt::format("{}; see --help", error.what()));
     return fail(fmt::format("there is no command or option \"{}\"; see --help", unknown.front()));

@@ -15,8 +15,8 @@ class App;
 class Option;
 }  // namespace CLI
 
-/// The command line: what commands describe, and what the parsing library makes of it. Only the
-/// files beside this one include that library, which takes longer to compile than any command.
+/// The command line: commands describe their options here, and a library parses them. Only the
+/// files in this folder include that library, because it takes longer to compile than any command.
 namespace toplist::ctl {
 
 /// An option or argument of a command.
@@ -38,7 +38,7 @@ class Option {
 /// the shell completes by it, see commands/complete.cpp.
 class Command {
  public:
-  /// What a command does when its line is parsed: the exit status, or why there is none.
+  /// The action of a command. Returns the exit status, or an error.
   using Action = std::function<Expected<int>()>;
 
   Command(CLI::App* app, int* exit_status) : app_(app), exit_status_(exit_status) {}
@@ -46,7 +46,7 @@ class Command {
   [[nodiscard]] Command add_command(const std::string& name, const std::string& about) const;
   /// Text below the options in the help: exit statuses, examples.
   void footer(const std::string& text) const;
-  /// The command is nothing without one of its own commands.
+  /// The command needs one of its own commands after it.
   void require_command() const;
   /// Leaves the command out of the help and of completion.
   void hide() const;

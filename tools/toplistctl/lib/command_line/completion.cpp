@@ -7,7 +7,7 @@
 namespace toplist::ctl {
 namespace {
 
-/// What the words before the last one have led to.
+/// The result of the words before the last one.
 struct Position {
   const CLI::App* command;
   const CLI::Option* awaiting = nullptr;  ///< the option whose value comes next
@@ -41,7 +41,7 @@ void pass(const std::string& word, Position& position) {
   }
 }
 
-/// The argument whose turn it is; nullptr if the command takes no more.
+/// The next argument; nullptr if the command takes no more.
 const CLI::Option* argument_at(const Position& position) {
   const auto arguments = position.command->get_options(
       [](const CLI::Option* option) { return option->get_positional(); });

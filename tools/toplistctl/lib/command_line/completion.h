@@ -15,9 +15,9 @@ struct AwaitedWord {
   std::vector<std::string> words;  ///< the commands, the options, or the words the value may be
 };
 
-/// Finds what comes last on `line` in the program's tree of commands and options. `line` is what
-/// follows the program's name, including the word to complete, which may be empty. A "=" may be a
-/// word of its own, because bash splits words there.
+/// Finds the last word of `line` in the program's tree of commands and options. `line` begins after
+/// the program's name and includes the word to complete, which may be empty. A "=" may be a
+/// separate word, because bash splits words there.
 AwaitedWord awaited_word(const Command& program, std::vector<std::string> line);
 
 }  // namespace toplist::ctl

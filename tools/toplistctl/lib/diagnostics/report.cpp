@@ -9,7 +9,7 @@
 namespace toplist::ctl {
 namespace {
 
-/// A kind is cut short only where that saves more than the line that says so.
+/// Findings of a kind are left out only if that saves more than the line that counts them.
 constexpr std::size_t kFew = 5;
 
 /// Each kind once, in the order of the diagnostics.

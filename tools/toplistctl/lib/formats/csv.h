@@ -14,11 +14,11 @@
 /// Comma-separated values as of RFC 4180: text, and tables read from it.
 namespace toplist::ctl {
 
-/// What is wrong with a CSV file. It is no fault of a site, so no check reports it.
+/// Errors of a CSV file. They are not faults of a site, so no check reports them.
 inline constexpr Kind kCsvError{"csv", Effect::stop, "Correct the file and import it again."};
 
-/// Text of comma-separated values. A cell is quoted where a reader would take it for something
-/// else: a separator, a quote, a line break, blanks at an end that some cut off.
+/// Text of comma-separated values. A cell is quoted if it contains a separator, a quote or a line
+/// break, or blanks at an end, which some readers cut off.
 class CsvText {
  public:
   void add(std::string_view cell);
@@ -38,14 +38,15 @@ class CsvText {
 /// given, with line and column, but no file.
 class CsvTable {
  public:
-  /// Reads the file's text: cells quoted where need be, a header in front. Cells are separated by
-  /// ",", ";" or tabs, whichever the header's line holds most of. Cells hold any bytes, blanks at
-  /// their ends included. Empty lines and a byte order mark are passed over. A row of another
-  /// length than the header's is an error and left out; after a misplaced or missing quote nothing
-  /// more is read.
+  /// Reads the file's text: a header line, then rows; cells may be quoted. Cells are separated by
+  /// ",",
+  /// ";" or tabs, whichever is most frequent in the header. Cells may contain any bytes, and blanks
+  /// at their ends belong to them. Empty lines and a byte order mark are skipped. A row of another
+  /// length than the header is an error and left out. After a misplaced or missing quote, reading
+  /// stops.
   CsvTable(std::string_view text, Diagnostics& errors);
 
-  /// Reports columns that are not known, that are there twice, and required ones that are missing.
+  /// Reports unknown columns, columns that the header names twice, and missing required columns.
   void check_header(const std::function<bool(std::string_view)>& is_known,
                     std::span<const std::string_view> required);
 

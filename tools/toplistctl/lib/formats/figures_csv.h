@@ -17,8 +17,8 @@
 
 /// The figures of a site's trades as CSV: a line for each trade and period, with the columns id,
 /// period (60, 24, 07 or 99) and those of kFigures. A trade without a record in "d/t/sum" has no
-/// lines of the recent periods, one without a history none of period 99; in that period there are
-/// no further values: 0.
+/// lines of the recent periods, and one without a history none of period 99. Period 99 has no
+/// further values, so they are 0.
 namespace toplist::ctl {
 
 /// The totals of a domain's history; nothing when there is none.
@@ -40,11 +40,10 @@ struct ImportedFigures {
 /// Puts the CSV's figures into the site with these trades, this text of "d/t/sum" and these
 /// histories.
 ///
-/// A recent period of which there is a line is taken from the CSV for all trades: those without a
-/// line have 0 in it. Periods without any line, columns that the CSV does not have, histories
-/// without a line, and records of ids that the database does not know keep what they hold; unread
-/// fields of "d/t/sum" always do. The result only counts while there are no `errors`; an Error is
-/// that of a history.
+/// If the CSV has any line of a recent period, it replaces this period for all trades: those
+/// without a line get 0. Unchanged are periods without any line, columns that the CSV does not
+/// have, histories without a line, records of unknown ids, and unread fields of "d/t/sum". The
+/// result is valid only without `errors`. An Error is one of reading a history.
 Expected<ImportedFigures> import_figures(std::string_view csv, std::span<const TradeRecord> trades,
                                          std::string_view sum, const Histories& histories,
                                          Diagnostics& errors);

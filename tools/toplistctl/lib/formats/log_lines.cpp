@@ -51,7 +51,7 @@ LogLine read_line(std::string_view line) {
   if (fields.size() < kLogFields || !fields[0].empty()) {
     return {.subject = restore_log_field(line)};
   }
-  // A "|" in the subject is not escaped: what is too much belongs to it.
+  // A "|" in the subject is not escaped: additional fields belong to the subject.
   const std::size_t surplus = fields.size() - kLogFields;
   return {.time = read_time(fields[1]),
           .module = restore_log_field(fields[2]),

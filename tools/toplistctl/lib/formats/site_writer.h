@@ -12,13 +12,13 @@
 /// Encoders for the data files of a site, the counterpart of the program's readers.
 ///
 /// Each function appends one record to the bytes of one file, or encodes a whole small file; the
-/// caller writes the bytes where the site keeps them. No file here escapes its field separator, so
-/// texts must hold neither "|" nor a line feed. Every record ends with a "|" and a line feed: the
-/// line feed counts for the first field of the record that follows, which the readers ignore.
+/// caller writes the bytes to the site's file. These files cannot escape their field separator, so
+/// texts must not contain "|" or a line feed. Every record ends with a "|" and a line feed. The
+/// line feed belongs to the first field of the next record, which the readers ignore.
 namespace toplist::ctl {
 
-/// A record of "d/t/index" whose other members hold what the site stores by default. Texts are cut
-/// to what their fields can hold besides the closing NUL (75 and 119 bytes).
+/// A record of "d/t/index" whose other members have the site's defaults. Texts are cut to the size
+/// of their fields without the final NUL (75 and 119 bytes).
 TradeRecord make_trade(std::int32_t id, std::string_view domain, std::string_view url,
                        std::int32_t status = 1);
 
@@ -32,15 +32,15 @@ struct SumRecord {
 };
 
 /// "d/t/sum": 44 fields per trade, of which 14 per period: 8 counters in the order of the files
-/// (cef comes seventh), 3 that nobody reads here, the 3 further values.
+/// (cef comes seventh), 3 that toplist does not read, the 3 further values.
 void append_sum(std::string& file, const SumRecord& record);
 
-/// "d/h/<domain>.his": 30 fields per record. `day` lands in the first field, which is not read;
-/// only the eight counters of `counters` are stored.
+/// "d/h/<domain>.his": 30 fields per record. `day` is the first field, which is not read. Only the
+/// eight counters of `counters` are stored.
 void append_history(std::string& file, std::int32_t day, const PeriodBlock& counters);
 
-/// First line of "d/tl/tl.a1": the names of the columns behind the domain. Every line that follows
-/// must have as many values as there are names.
+/// First line of "d/tl/tl.a1": the names of the columns after the domain. Every later line must
+/// have as many values as there are names.
 void append_column_header(std::string& file, std::span<const std::string_view> names);
 
 /// A further line of "d/tl/tl.a1": an ignored field, the domain and its values. A value may hold

@@ -15,7 +15,7 @@ namespace {
 using Record = std::array<std::string_view, kSumFields>;
 constexpr std::size_t kIdField = 1;
 
-/// In which period a field of a record stands, and where in it.
+/// The period of a field, and the field's position in it.
 struct FieldPlace {
   std::size_t period;
   std::size_t field;
@@ -55,7 +55,7 @@ class SumEditor {
   void add_new(const std::string& id) {
     if (!file_.empty()) file_ += kLineSeparator;
     append_sum(file_, {parse_int32(id), edit_.values.at(id)});
-    file_.pop_back();  // the line break is that of the record behind it
+    file_.pop_back();  // the line break belongs to the next record
   }
 
   /// The record with its new figures, whole; nothing when it has them already.
@@ -75,7 +75,7 @@ class SumEditor {
     return changed ? std::optional(std::move(text)) : std::nullopt;
   }
 
-  /// What the field is to hold; nothing when that stays.
+  /// The new value of the field; nothing if it stays.
   [[nodiscard]] std::optional<std::int32_t> new_number(RecentPeriods values, std::size_t index,
                                                        std::string_view field) const {
     if (index < kFieldsBeforePeriods) return std::nullopt;

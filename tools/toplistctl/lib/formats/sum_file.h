@@ -13,7 +13,7 @@
 #include "run/statistics.h"
 #include "run/trade_row.h"
 
-/// "d/t/sum" for those who change single figures in it.
+/// "d/t/sum" for code that changes single figures in it.
 namespace toplist::ctl {
 
 /// Where a field, a view into `text`, begins in it.
@@ -21,7 +21,7 @@ inline std::size_t begin_of(std::string_view text, std::string_view field) {
   return static_cast<std::size_t>(field.data() - text.data());
 }
 
-/// Where the text goes on after the field and the separator that ends it.
+/// The position after the field and its separator.
 inline std::size_t behind(std::string_view text, std::string_view field) {
   return std::min(begin_of(text, field) + field.size() + 1, text.size());
 }
@@ -29,7 +29,7 @@ inline std::size_t behind(std::string_view text, std::string_view field) {
 inline constexpr std::size_t kRecentPeriods = 3;
 using RecentPeriods = std::array<PeriodBlock, kRecentPeriods>;  ///< 60, 24 and 07
 
-/// Fields in front of the periods, and of each period: the counters, unread ones, further values.
+/// Fields before the periods, and of each period: the counters, unread ones, further values.
 inline constexpr std::size_t kFieldsBeforePeriods = 2;
 inline constexpr std::size_t kPeriodFields = (kSumFields - kFieldsBeforePeriods) / kRecentPeriods;
 inline constexpr std::size_t kFirstFurther = kPeriodFields - PeriodBlock{}.further.size();
@@ -54,8 +54,8 @@ inline constexpr auto kFigures = [] {
 /// The figure in that field of a period; nullptr for an unread field.
 std::int32_t* figure_at(PeriodBlock& block, std::size_t field);
 
-/// Stores the figures of each record where `find` says for its id; nullptr passes over it. What a
-/// cut record does not hold is left alone.
+/// Stores the figures of each record where `find` says for its id; nullptr skips the record.
+/// Missing fields of a cut record change nothing.
 void read_sum(std::string_view text,
               const std::function<RecentPeriods*(std::string_view id)>& find);
 
@@ -72,10 +72,10 @@ struct SumEdit {
 std::unordered_map<std::string, RecentPeriods> stored_figures(std::string_view text,
                                                               const SumEdit& edit);
 
-/// The file's text with these figures; as it was when it holds them already.
+/// The file's text with these figures; unchanged if it already has them.
 ///
-/// Fields whose number is right, unread ones and whole records of other ids stay byte for byte. New
-/// records come behind the last complete one.
+/// Fields with the right number, unread fields and whole records of other ids stay byte for byte.
+/// New records come after the last complete one.
 std::string edited_sum(std::string_view text, const SumEdit& edit);
 
 }  // namespace toplist::ctl

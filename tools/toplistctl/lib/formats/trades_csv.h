@@ -14,11 +14,11 @@
 /// line for each record of "d/t/index", in the order of the file.
 namespace toplist::ctl {
 
-/// `columns` is the text of "d/tl/tl.a1". There are as many extra columns as the trade with most of
-/// them has, or the file's header; alternatives are given as they stand.
+/// `columns` is the text of "d/tl/tl.a1". The number of extra columns is that of the trade with
+/// most of them, or of the file's header. Alternatives stay as in the file.
 std::string export_trades(std::span<const TradeRecord> trades, std::string_view columns);
 
-/// What becomes of HTML in new texts.
+/// How to treat HTML in new texts.
 enum class Markup {
   refuse,  ///< it is an error
   escape,  ///< "&", "<", ">" and quotes become entities, in the extra columns
@@ -42,10 +42,10 @@ struct ImportedTrades {
 
 /// Puts the CSV's lines into the site that holds `trades` and the text `columns`.
 ///
-/// Records keep their places, and new ones follow in the order of the lines. Of a record all bytes
-/// stay which the CSV does not change, and a column that the CSV does not have keeps what it holds;
-/// in the record of a new id everything not given has its default. Only texts that change are
-/// checked. The result only counts while there are no errors.
+/// Records keep their places, and new ones follow in the order of the lines. Bytes of a record that
+/// the CSV does not change stay, and so do columns that it does not have. In a new record,
+/// everything else has its default. Only texts that change are checked. The result is valid only
+/// without errors.
 ImportedTrades import_trades(std::string_view csv, std::span<const TradeRecord> trades,
                              std::string_view columns, Diagnostics& errors,
                              const TradesImport& how = {});

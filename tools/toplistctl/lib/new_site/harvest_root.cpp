@@ -26,8 +26,8 @@ constexpr const char* kSiteLink = "site";
 constexpr const char* kTradesFolder = "d/t";
 constexpr std::array kShared = {kTradesFolder, "d/h", kExtraColumnsPath, kLogPath};
 
-/// Reads the site, in the case of root with the rights of its owner. Otherwise a link in the site
-/// could show its owner a file that only root may read. Root does not take back its groups.
+/// Reads the site. Root reads it with the rights of its owner. Otherwise a link in the site could
+/// show its owner a file that only root may read. Root does not get its groups back.
 template <typename Read>
 Expected<NewSite> as_owner(const struct stat& site, const Read& read) {
   const bool is_root = ::geteuid() == 0;
@@ -60,7 +60,7 @@ void share(NewSite& root, const fs::path& path) {
   root.links.emplace_back(path.string(), target.string());
 }
 
-/// What the site's configuration becomes where nothing but the harvest is done.
+/// The site's configuration, changed for a root that only harvests.
 std::string harvesting(const HarvestConfig& config) {
   return encode_harvest_file({.thumb_dir = config.thumb_dir(),
                               .image_tool = config.image_tool(),
@@ -90,7 +90,7 @@ Expected<NewSite> root_for(const HarvestedSite& site) {
   add_downloads(root, site.path);
   if (!thumbnails->empty()) share(root, *thumbnails);
   for (const char* path : kShared) share(root, path);
-  // The last one: until then the others lead nowhere, so that none is made through another.
+  // This link comes last: until then the others lead nowhere, so none is created through another.
   root.links.emplace_back(kSiteLink, site.path.string());
   return root;
 }

@@ -9,9 +9,9 @@
 /// A second root that harvests for a site: a run there fetches the thumbnails and builds no page,
 /// so that no partner's server delays the site's own runs.
 ///
-/// It shares with the site what a run reads and the harvest writes, by symbolic links, which hold
-/// when the site's programs replace a file by another one. One link, "site", leads to the site; all
-/// others go through it:
+/// It shares the files of a harvest with the site through symbolic links, which still work after
+/// the site's programs replace a file. One link, "site", leads to the site. All others go through
+/// it:
 ///
 ///     site           -> the site's root
 ///     d/t, d/h       -> site/d/t, site/d/h

@@ -58,7 +58,8 @@ UniqueFd open_own_folder(int parent, const std::string& name) {
   return UniqueFd();
 }
 
-/// A private folder in the target, in which a site is built. What is not put in place goes with it.
+/// A private folder in the target, in which a site is built. It is removed with everything that was
+/// not moved into the target.
 class Draft {
  public:
   explicit Draft(fs::path target)
@@ -102,7 +103,7 @@ class Draft {
     return {};
   }
 
-  /// Moves what lies in the draft into the target, "d" last; back again if that fails.
+  /// Moves the contents of the draft into the target, "d" last, and back if that fails.
   Expected<void> put_in_place() {
     std::vector<const char*> moved;
     for (auto path = made_.rbegin(); path != made_.rend(); ++path) {
@@ -151,7 +152,7 @@ class Draft {
     note(path, ::symlinkat(to.c_str(), draft_.get(), path.c_str()));
   }
 
-  /// Notes what the system call that makes `path` has returned.
+  /// Records the result of the system call that creates `path`.
   void note(const std::string& path, int result) {
     if (result != 0) return fail(path, errno);
     made_.insert(path);

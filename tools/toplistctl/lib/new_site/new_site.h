@@ -21,7 +21,8 @@ struct Access {
   mode_t mode;
 };
 
-/// What a new folder is to hold. Paths are relative to it; the folders of a path are created, too.
+/// The contents of a new folder. Paths are relative to it. The folders of a path are created as
+/// well.
 struct NewSite {
   std::vector<std::string> folders;
   std::map<std::string, std::string, std::less<>> files;  ///< contents by path

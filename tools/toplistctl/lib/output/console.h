@@ -31,14 +31,14 @@ void warn(std::string_view what);
 /// not inherited by commands that are run.
 void survive_broken_pipes();
 
-/// The text with "?" in place of each control character that a terminal would act upon, including
-/// those that take two bytes of UTF-8 (U+0080 to U+009F).
+/// The text with "?" in place of each control character, including those that take two bytes of
+/// UTF-8 (U+0080 to U+009F), because a terminal may act on them.
 std::string printable(std::string_view text);
 
 /// The same for text of many lines: line feeds and tabs stay.
 std::string printable_lines(std::string_view text);
 
-/// What fmt::format() makes of it, as one printable line.
+/// The result of fmt::format(), as one printable line.
 template <typename... Values>
 std::string printable_line(fmt::format_string<Values...> format, Values&&... values) {
   return printable(fmt::format(format, std::forward<Values>(values)...)) + '\n';

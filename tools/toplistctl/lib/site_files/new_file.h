@@ -10,14 +10,14 @@
 /// Files written whole under another name, which then take their place in one step.
 namespace toplist::ctl {
 
-/// What is added to a file's name for its new contents, until they take its place.
+/// The suffix of a file's new contents, until they take its place.
 inline constexpr std::string_view kNewSuffix = ".toplistctl-new";
 
 /// Finds files behind links. Folders are looked up once.
 class RealPaths {
  public:
-  /// The path with all links followed, of a file that need not be there. An error for a link or a
-  /// folder that leads nowhere.
+  /// The path of a file, which need not exist, with all links followed. An error if a link or a
+  /// folder leads nowhere.
   Expected<std::string> of(const std::string& path);
   /// The folders of the paths so far.
   [[nodiscard]] std::vector<std::string> folders() const;
@@ -35,7 +35,7 @@ Expected<void> write_new_file(const std::string& path, std::string_view bytes);
 /// umask.
 Expected<void> create_file(const std::string& path, std::string_view bytes);
 
-/// Makes `copy` another name of the file, or a copy on the disk where there can be no such link.
+/// Makes `copy` a hard link to the file, or a copy on the disk if there can be no hard link.
 Expected<void> link_or_copy(const std::string& file, const std::string& copy);
 
 Expected<void> rename_file(const std::string& from, const std::string& to);
@@ -43,8 +43,8 @@ Expected<void> rename_file(const std::string& from, const std::string& to);
 /// Removes a file; none there is fine.
 Expected<void> remove_file(const std::string& path);
 
-/// Has these files written to the disk; many of them by their file systems as a whole, which takes
-/// a hundredth of the time.
+/// Writes these files to the disk. For many files it writes their whole file systems, which takes a
+/// hundredth of the time.
 Expected<void> sync_files(const std::vector<std::string>& paths);
 
 /// Replaces one file, outside of sites: in one step, or leaves it as it was. Links are followed.

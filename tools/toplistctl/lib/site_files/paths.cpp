@@ -11,13 +11,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// 0, or why this process may not do so.
+/// 0, or the errno if this process may not do so.
 int access_error(const fs::path& path, int mode) {
   return ::access(path.c_str(), mode) == 0 ? 0 : errno;
 }
 
-/// 0, or why a file that is not there yet could not be created. A link that leads nowhere leads
-/// there.
+/// 0, or the errno with which the creation of a missing file would fail. A link to a missing file
+/// counts as that file.
 int creation_error(const fs::path& path) {
   std::error_code error;
   if (fs::is_symlink(path, error)) {

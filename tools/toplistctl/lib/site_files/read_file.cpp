@@ -42,7 +42,7 @@ Expected<OpenFile> open_regular(const std::string& path) {
 Expected<std::string> read_rest(const UniqueFd& fd, const std::string& path, std::size_t expected) {
   std::string text;
   for (std::size_t size = 0;;) {
-    // One byte more than the file holds, so that its end shows without growing once more.
+    // One byte more than the file has, so that its end is found without growing the buffer again.
     if (size == text.size()) text.resize(std::max(size + size / 2, expected) + 1);
     if (text.size() > kMostFileBytes) {
       return tl::unexpected(not_readable(path, "It is larger than 1 GiB"));

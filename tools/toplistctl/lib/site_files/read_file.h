@@ -6,8 +6,8 @@
 
 #include "toplistctl/lib/diagnostics/error.h"
 
-/// Reads for everything that changes a site or reports on it: what cannot be read is an error,
-/// never an empty file. (A run ignores read errors by contract.)
+/// Checked reads for everything that changes a site or reports on it: a file that cannot be read is
+/// an error, never an empty file. (A run ignores read errors by contract.)
 namespace toplist::ctl {
 
 /// The largest file that is read whole: 1 GiB. A site of a million trades stays below it.

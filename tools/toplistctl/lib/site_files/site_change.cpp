@@ -29,7 +29,7 @@ const std::string kOldFolder = "l/sys/undo.old";   ///< the one before it
 const std::string kNextFolder = "l/sys/undo.new";  ///< one that is being prepared
 constexpr const char* kManifest = "/manifest";
 constexpr const char* kUnfinished = "/unfinished";
-/// What is added to a file's name for its old contents, until an undo has them in place.
+/// The suffix of a file's old contents, until an undo has put them in place.
 constexpr std::string_view kOldSuffix = ".toplistctl-old";
 constexpr std::string_view kNoDigest = "-";
 
@@ -41,7 +41,7 @@ std::string sha1_of(std::string_view bytes) {
   return sha1_digest_text(context.digest, DigestText::hexadecimal);
 }
 
-/// Whether there is a file. What cannot be asked is an error, not a missing file.
+/// Whether there is a file. If the system cannot answer, that is an error, not a missing file.
 Expected<bool> is_there(const std::string& path) {
   if (::access(path.c_str(), F_OK) == 0) return true;
   if (errno == ENOENT || errno == ENOTDIR) return false;
@@ -168,9 +168,9 @@ Expected<void> put_back(const Entry& entry, const std::string& kept, const std::
       .and_then([&] { return rename_file(temporary, real); });
 }
 
-/// Puts the old files of the last change back, as far as its new ones are in their places. When
-/// this is ended at any point, the change is an unfinished one, and the next call does the rest.
-/// Its folder is left to settle().
+/// Puts the old files of the last change back wherever its new ones are in place. If the process is
+/// killed meanwhile, the change is unfinished, and the next call does the rest. settle() removes
+/// the folder.
 Expected<void> put_all_back(const Manifest& manifest) {
   auto done = create_file(kFolder + kUnfinished, "").and_then([] { return sync_files({kFolder}); });
   RealPaths paths;
@@ -186,8 +186,8 @@ Expected<void> put_all_back(const Manifest& manifest) {
   return sync_files(paths.folders()).and_then([] { return rename_file(kFolder, kNextFolder); });
 }
 
-/// Brings the site to where no change is under way: undoes an unfinished one, and removes what is
-/// left of changes that were not begun, or are done.
+/// Leaves no change in progress: undoes an unfinished one, and removes what is left of changes that
+/// have not begun, or are done.
 Expected<void> settle() {
   return if_there(kFolder + kUnfinished,
                   [] { return read_manifest(kFolder).and_then(put_all_back); })
@@ -209,7 +209,7 @@ Error with_state(Error error) {
   return error;
 }
 
-/// Which of the files no longer hold what the change has put there.
+/// The files whose contents are no longer those of the change.
 Expected<std::vector<std::string>> changed_since(const Manifest& manifest) {
   std::vector<std::string> paths;
   for (const Entry& entry : manifest.entries) {
@@ -259,12 +259,12 @@ Expected<void> SiteChange::commit() {
   if (steps_.empty()) return {};
   is_under_way_ = true;
   const auto done = prepare().and_then([this] { return carry_out(); });
-  (void)settle();  // what it cannot do shows in the state
+  (void)settle();  // the state shows what it could not do
   is_under_way_ = false;
   return done.map_error(with_state);
 }
 
-/// The error by the path that the command knows, which may lead through links.
+/// The error with the path that the command knows, which may lead through links.
 Error SiteChange::about(const Step& step, Error error) {
   error.path = step.path;
   return error;
@@ -347,7 +347,7 @@ Expected<std::optional<Undone>> undo_last_change(bool force) {
     }
   }
   auto done = put_all_back(*manifest);
-  // Once more, so that a passing failure does not leave some files new and some old.
+  // Tries again, so that a temporary failure does not leave some files new and some old.
   if (!done && is_there(kFolder + kUnfinished).value_or(false)) done = put_all_back(*manifest);
   if (!done) return tl::unexpected(with_state(done.error()));
   (void)settle();  // the next change removes what stays

@@ -50,14 +50,15 @@ class SiteChange {
   SiteChange& operator=(SiteChange&&) = delete;
   ~SiteChange();
 
-  /// Notes what a file is to hold. Nothing is written before commit(). A file that is there keeps
-  /// its mode and, where the system allows it, its owner; a new one gets mode 0666 less the umask.
+  /// Adds the new contents of a file. Nothing is written before commit(). An existing file keeps
+  /// its mode and, if the system allows it, its owner. A new one gets mode 0666 less the umask.
   void write(std::string path, std::string bytes);
-  /// Notes that a file is to go; it must be there.
+  /// Adds the removal of a file, which must exist.
   void remove(std::string path);
 
-  /// Makes the change; without one noted it does nothing, and what can be undone stays. Call it at
-  /// most once. An error says that nothing was changed, or what is left to do.
+  /// Makes the change. If there is nothing to change, it does nothing, and the last change can
+  /// still be undone. Call it at most once. An error says that nothing was changed, or what is left
+  /// to do.
   Expected<void> commit();
 
  private:
@@ -89,10 +90,10 @@ struct Undone {
 /// `force`: undoing loses what was written since. Nothing when there is no change to undo.
 Expected<std::optional<Undone>> undo_last_change(bool force);
 
-/// The change of the site in the working directory of which a killed command has left some files
-/// new and some old: "import trades of 2026-11-23 19:14:13". `toplistctl undo`, or any command that
-/// changes the site, puts the old files back. Nothing when there is none, or when a command is just
-/// making it: ask only when nobody holds the site's lock.
+/// The change that a killed command has left half done in the site in the working directory, such
+/// as "import trades of 2026-11-23 19:14:13". `toplistctl undo`, or any command that changes the
+/// site, puts the old files back. Nothing if there is none. Call this only if nobody holds the
+/// site's lock: otherwise a command may still be making the change.
 std::optional<std::string> unfinished_change();
 
 }  // namespace toplist::ctl

@@ -12,7 +12,7 @@
 #include "toplistctl/lib/formats/trades_csv.h"
 #include "toplistctl/lib/site_files/site_change.h"
 
-/// The trades of the site in the working directory, read to be changed.
+/// The trades of the site in the working directory, for commands that change them.
 namespace toplist::ctl {
 
 /// The records of "d/t/index"; an error if there is no such file.
@@ -30,11 +30,11 @@ struct SiteTrades {
 };
 Expected<SiteTrades> read_site_trades();
 
-/// Notes the two files, as far as the import changes them.
+/// Adds the two files to the change, if the import changes them.
 void write_trades(SiteChange& change, const SiteTrades& before, const ImportedTrades& imported);
 
-/// Reports what is wrong with a CSV file in its order, twenty errors at most, and that nothing was
-/// changed, on standard error. Returns kExitFindings. `name` is what the user calls the file.
+/// Reports the errors of a CSV file in order on standard error, twenty at most, and that nothing
+/// was changed. Returns kExitFindings. `name` is the user's name for the file.
 int refuse(Diagnostics errors, const std::string& name);
 
 }  // namespace toplist::ctl

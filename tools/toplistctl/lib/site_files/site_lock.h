@@ -9,12 +9,12 @@
 
 namespace toplist::ctl {
 
-/// Whoever runs toplist for a site, or changes its files, holds a lock on this file meanwhile, as
+/// The lock file. Scheduled runs, and commands that change the site's files, hold a lock on it, as
 /// "flock l/sys/toplist.lock" does.
 inline constexpr const char* kRunLockPath = "l/sys/toplist.lock";
 
-/// The lock of the site in the working directory, held as long as this object lives. Meanwhile
-/// interrupts and requests to end wait, so that they cannot leave half of a change.
+/// The lock of the site in the working directory, held as long as this object lives. Signals that
+/// would end the process are delayed until then, so that they cannot leave half of a change.
 class SiteLock {
  public:
   explicit SiteLock(UniqueFd fd);
@@ -22,7 +22,7 @@ class SiteLock {
   SiteLock& operator=(SiteLock&&) = delete;
   ~SiteLock();
 
-  /// Whether an interrupt or a request to end waits.
+  /// Whether such a signal has arrived.
   [[nodiscard]] static bool is_asked_to_end();
 
  private:
@@ -30,8 +30,8 @@ class SiteLock {
   sigset_t signals_before_{};
 };
 
-/// Takes the lock, so that no run sees files of which some are replaced already. While another
-/// process has it this waits, and says so on standard error.
+/// Takes the lock, so that no run sees some files replaced and others not. Waits while another
+/// process has it, and says so on standard error.
 ///
 /// A new lock file gets mode 0600 whatever the umask, so that no other user of the machine can hold
 /// the lock. The site's owner must make it: see enter_site().
@@ -42,8 +42,8 @@ struct LockHolder {
   std::optional<std::int64_t> seconds;  ///< since it started; nothing when the system does not tell
 };
 
-/// Who holds the site's lock now, if anybody does. Asked of the system's list: trying the lock
-/// would keep a run that begins just now from it.
+/// The current holder of the site's lock, if any, from the system's list of locks: taking the lock
+/// to find out could stop a run that begins at this moment.
 std::optional<LockHolder> lock_holder();
 
 }  // namespace toplist::ctl

@@ -13,7 +13,7 @@
 namespace toplist::ctl {
 namespace {
 
-/// Whom this process is to become.
+/// The user that this process becomes.
 struct Identity {
   uid_t uid;
   gid_t gid;

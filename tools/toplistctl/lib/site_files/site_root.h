@@ -16,13 +16,12 @@ namespace toplist::ctl {
 /// site's root folder. Other users may name only themselves as `user`.
 Expected<void> enter_site(const std::string& directory, const std::string& user = "");
 
-/// Root becomes, for good, the first other owner of anything on the path: for what is read or
-/// written outside of sites.
-Expected<void> give_up_root(const std::filesystem::path& path);
-
-/// The same; when root has become the site's owner without being told to, a note on standard error
-/// says so, because this user may read and write other files than root.
+/// enter_site(), with a note on standard error if root has become the site's owner without `user`:
+/// the owner may read and write other files than root.
 Expected<void> enter_site_and_say_so(const std::string& directory, const std::string& user);
+
+/// Root becomes, for good, the first other owner of anything on the path: for files outside sites.
+Expected<void> give_up_root(const std::filesystem::path& path);
 
 /// Root becomes the user with this number for good, in the groups that the system lists for it.
 Expected<void> act_as(uid_t uid, gid_t gid);
