@@ -25,6 +25,7 @@
 namespace toplist::test {
 namespace {
 
+namespace fs = std::filesystem;
 using namespace toplist::ctl;
 
 /// How many random sites; more are tried by hand.
@@ -152,6 +153,42 @@ TEST(Preview, IsWhatARunDoesInTheSameSecond) {
       EXPECT_EQ(ids_in(tried->site.read(page)), ids_told(*tried, i)) << toplist.record;
     }
   }
+}
+
+TEST(Preview, DiffIgnoresPicksAndIntoLinksWhatPagesNeed) {
+  auto trades = Site::default_trades();
+  trades[0].columns[0] = "one;two;three";
+  trades[1].columns[0] = "a;b";
+  const Site site(trades);
+  site.add_toplist("top",
+                   "%%tit_000%% %%tit_001%%\n<link href=\"style.css?2\"><img src='d/tl/tl'>\n"
+                   "<img src=/outside.png><a href=\"../x\">\n");
+  const std::string rest =
+      "<link href=\"style.css?2\"><img src='d/tl/tl'>\n<img src=/outside.png><a href=\"../x\">\n";
+  site.write("style.css", "@import url(more.css); b { background: url('pictures/b.png') }\n");
+  site.make_dir("pictures");
+  for (const char* name : {"more.css", "pictures/b.png", "unused.css"}) site.write(name, name);
+  fs::create_symlink("/etc/hostname", site.path("outside.png"));
+  for (const auto& [line, status] :
+       {std::pair("one a\n", 0), {"two b\n", 0}, {"three a\n", 0}, {"four a\n", kExitFindings}}) {
+    site.write("top.html", line + rest);
+    for (const char* what : {"top.tpl", "--all"}) {
+      const auto result =
+          site.start({.program = TOPLISTCTL_PROGRAM, .arguments = {"render", what, "--diff"}});
+      EXPECT_EQ(result.status, status) << what << result.out << result.err;
+    }
+  }
+  const TempDir dir;
+  fs::create_directory(pages_folder(dir));
+  (void)dir.write("pages/more.css", "mine");
+  EXPECT_EQ(render_all(site, dir), 0);
+  std::set<std::string> links;
+  for (const auto& entry : fs::recursive_directory_iterator(pages_folder(dir))) {
+    if (entry.is_symlink()) links.insert(entry.path().lexically_relative(pages_folder(dir)));
+  }
+  EXPECT_EQ(links, (std::set<std::string>{"style.css", "pictures/b.png"}));
+  EXPECT_EQ(dir.read("pages/more.css"), "mine");
+  EXPECT_EQ(dir.read("pages/pictures/b.png"), "pictures/b.png");
 }
 
 }  // namespace
