@@ -131,9 +131,10 @@ class SnapshotMaker {
       return static_cast<std::size_t>(rank) < toplist.passing.size();
     }));
     check_template(text, use_in(site_, toplist), place_of, draft.findings);
-    const auto first_finding = std::ranges::stable_partition(draft.findings, blocks_lines);
-    draft.errors.assign(draft.findings.begin(), first_finding.begin());
-    draft.findings.erase(draft.findings.begin(), first_finding.begin());
+    const auto first_finding =
+        std::stable_partition(draft.findings.begin(), draft.findings.end(), blocks_lines);
+    draft.errors.assign(draft.findings.begin(), first_finding);
+    draft.findings.erase(draft.findings.begin(), first_finding);
     try {
       draft.page = render_template(toplist.definition->template_path, text, toplist.passing);
     } catch (const StrayMark&) {
