@@ -197,12 +197,12 @@ Expected<void> record_snapshots(const std::string& path, std::span<const Moment>
                       "PRAGMA temp_store = MEMORY; PRAGMA cell_size_check = ON; BEGIN IMMEDIATE")
                   .and_then([&] { return is_new(database); })
                   .and_then([&](bool fresh) { return database.execute(fresh ? schema() : ""); });
-  for (const auto& [time, rows] : moments) {
+  for (const Moment& moment : moments) {
     done = done.and_then([&] {
                  return database.execute(fmt::format("INSERT INTO snapshots(time) VALUES ({}); {}",
-                                                     time, thinning(time, keep)));
+                                                     moment.time, thinning(moment.time, keep)));
                })
-               .and_then([&] { return add_trades(database, rows); });
+               .and_then([&] { return add_trades(database, moment.rows); });
   }
   return done.and_then([&] { return database.execute("COMMIT"); });
 }
