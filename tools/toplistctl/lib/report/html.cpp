@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <ctime>
-#include <ranges>
+#include <iterator>
 
 #include "toplistctl/lib/diagnostics/diagnostic.h"
 #include "toplistctl/lib/output/console.h"
@@ -174,8 +174,8 @@ std::string html_text(std::string_view text) {
 
 std::string decoded(std::string_view html) {
   std::string text(html);
-  for (const auto& [character, entity] : std::views::reverse(kEntities)) {
-    replace_all(text, entity.substr(0, entity.size() - 1), character);
+  for (auto each = std::rbegin(kEntities); each != std::rend(kEntities); ++each) {
+    replace_all(text, each->second.substr(0, each->second.size() - 1), each->first);
   }
   return text;
 }
