@@ -21,7 +21,7 @@ constexpr std::array<void (*)(const Command&), 18> kCommands{
 }  // namespace
 
 int main(int argc, char** argv) {
-  survive_broken_pipes();
+  survive_failed_writes();
   try {
     return run_command_line(argc, argv, "Checks, shows and changes the sites of toplist",
                             "toplistctl " TOPLIST_VERSION, kCommands);

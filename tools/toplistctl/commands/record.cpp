@@ -1,6 +1,5 @@
 #include <fmt/core.h>
 
-#include <csignal>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
@@ -72,9 +71,6 @@ Expected<std::vector<TradeRow>> read_figures() {
 }
 
 Expected<int> record(const Arguments& arguments) {
-  // Beyond the limit of its size, a file gives an error like a full disk. It does not end the
-  // process.
-  std::signal(SIGXFSZ, [](int) {});
   const std::string file =
       arguments.file.empty() ? kHistoryPath : std::filesystem::absolute(arguments.file).string();
   return enter_site(arguments.site, arguments.user)

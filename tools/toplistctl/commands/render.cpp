@@ -206,20 +206,20 @@ class PickedPages {
   /// give one.
   std::string nearest_page(const ToplistView& toplist, std::string_view text) {
     const std::string now = read_file(toplist.definition->output_path).value_or("");
-    std::string nearest;
-    for (std::size_t drawn = 0, least = SIZE_MAX; drawn < period_ && least > 0; ++drawn) try {
-        restore_columns();
-        pick_alternatives(site_.run.rows, drawn);
-        std::string page =
-            render_template(toplist.definition->template_path, text, toplist.passing);
-        const std::size_t different = page == now ? 0 : 1 + lines_not_shared(page, now);
-        if (different >= least) continue;
-        least = different;
-        nearest = std::move(page);
-      } catch (const StrayMark&) {
-        if (nearest.empty() && drawn + 1 == period_) throw;  // whatever is picked
-      }
-    return nearest;
+    std::optional<std::string> nearest;
+    for (std::size_t drawn = 0, least = SIZE_MAX; drawn < period_ && least > 0; ++drawn) {
+      restore_columns();
+      pick_alternatives(site_.run.rows, drawn);
+      std::optional<std::string> page = page_of(toplist, text);
+      if (!page) continue;
+      const std::size_t different = *page == now ? 0 : 1 + lines_not_shared(*page, now);
+      if (different >= least) continue;
+      least = different;
+      nearest = std::move(page);
+    }
+    // Without one, the last picks bring the stray mark again, which the caller reports.
+    return nearest ? *nearest
+                   : render_template(toplist.definition->template_path, text, toplist.passing);
   }
 
  private:
@@ -230,6 +230,13 @@ class PickedPages {
   void restore_columns() {
     for (TradeRow& row : site_.run.rows) row.extra_columns.clear();
     attach_extra_columns(site_.run.columns_file.text(), site_.run.rows);
+  }
+
+  /// Nothing when the picks of now bring a stray mark into the page.
+  static std::optional<std::string> page_of(const ToplistView& toplist, std::string_view text) try {
+    return render_template(toplist.definition->template_path, text, toplist.passing);
+  } catch (const StrayMark&) {
+    return std::nullopt;
   }
 
   static std::vector<std::string_view> sorted_lines(std::string_view text) {

@@ -1,6 +1,5 @@
 #include "toplistctl/lib/report/report.h"
 
-#include <csignal>
 #include <filesystem>
 #include <memory>
 
@@ -26,8 +25,6 @@ std::string absolute(const std::string& path) {
 }
 
 Expected<int> report(const Arguments& arguments) {
-  // A file at the limit of its size is an error like a full disk, not the end of the process.
-  std::signal(SIGXFSZ, [](int) {});
   const std::string output = absolute(arguments.output);
   const std::string history = absolute(arguments.history);
   return enter_site_and_say_so(arguments.site, arguments.user)

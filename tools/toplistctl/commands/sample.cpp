@@ -104,7 +104,7 @@ Expected<NewSite> add_history(NewSite site) {
   const auto bytes = record_past(path, rows).and_then([&] { return read_file(path); });
   std::error_code ignored;
   std::filesystem::remove_all(folder, ignored);
-  if (!bytes) return tl::unexpected(bytes.error());
+  if (!bytes) return failure("no site was created: " + bytes.error().text());
   site.files[kHistoryPath] = *bytes;
   return site;
 }

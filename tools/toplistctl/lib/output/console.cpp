@@ -59,8 +59,8 @@ void warn(std::string_view what) {
   std::fprintf(stderr, "toplistctl: %s\n", printable(what).c_str());
 }
 
-void survive_broken_pipes() {
-  std::signal(SIGPIPE, [](int) {});
+void survive_failed_writes() {
+  for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, [](int) {});
 }
 
 std::string printable(std::string_view text) { return masked(text, ""); }

@@ -27,9 +27,10 @@ int fail(std::string_view what, int error);
 /// Reports something on standard error that does not end the work.
 void warn(std::string_view what);
 
-/// Keeps a reader that has gone from ending the process. A handler, unlike an ignored signal, is
-/// not inherited by commands that are run.
-void survive_broken_pipes();
+/// Makes a write to a reader that has gone, or beyond a limit of file sizes, an error like a full
+/// disk instead of the end of the process. A handler, unlike an ignored signal, is not inherited by
+/// commands that are run.
+void survive_failed_writes();
 
 /// The text with "?" in place of each control character, including those that take two bytes of
 /// UTF-8 (U+0080 to U+009F), because a terminal may act on them.

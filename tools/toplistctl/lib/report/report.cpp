@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <random>
 #include <span>
+#include <system_error>
 
 #include "toplistctl/lib/diagnostics/diagnostic.h"
 #include "toplistctl/lib/new_site/new_site.h"
@@ -254,11 +255,11 @@ class Pictures {
   std::string of(const TradeRow& row) {
     constexpr std::size_t kMostBytes = 64UL << 10U;
     if (row.domain.find('/') != std::string::npos) return "";
-    const auto file = read_file(folder_ + row.domain + ".jpg");
-    if (!file || !file->starts_with("\xFF\xD8\xFF") || file->size() > kMostBytes ||
-        file->size() > room_) {
-      return "";
-    }
+    const std::string path = folder_ + row.domain + ".jpg";
+    std::error_code none;  // then the size is above any
+    if (std::filesystem::file_size(path, none) > std::min(kMostBytes, room_)) return "";
+    const auto file = read_file(path);
+    if (!file || !file->starts_with("\xFF\xD8\xFF") || file->size() > room_) return "";
     room_ -= file->size();
     return fmt::format(
         "<img src=\"data:image/jpeg;base64,{}\" alt=\"\" width=\"48\" height=\"36\">",
@@ -399,12 +400,23 @@ std::string page(const SiteReport& report) {
                    fmt::arg("partners", sections(report, partners.first(top))));
 }
 
+/// A run takes a file that it cannot read for an empty one. Here its figures would be 0 without a
+/// word, so only a file that is not there counts as empty.
+Expected<void> check_readable(const SiteView& site) {
+  if (const auto trades = read_file(kTradesPath); !trades) return tl::unexpected(trades.error());
+  std::vector<std::string> paths{kSumPath, kExtraColumnsPath, kDefinitionsPath, kSettingsPath};
+  for (const TradeRow& row : site.run.rows) paths.push_back(history_path(row.domain));
+  for (const std::string& path : paths) {
+    if (const auto file = read_file_if_there(path); !file) return tl::unexpected(file.error());
+  }
+  return {};
+}
+
 }  // namespace
 
 Expected<std::string> report_page(const ReportOptions& options) {
-  if (const auto trades = read_file(kTradesPath); !trades) return tl::unexpected(trades.error());
   const SiteView site;
-  return make_report(site, options).map(page);
+  return check_readable(site).and_then([&] { return make_report(site, options); }).map(page);
 }
 
 }  // namespace toplist::ctl
